@@ -1,0 +1,81 @@
+# The two commands a new user needs are `make demo` and `make test`; each does
+# its own set-up. The others serve CI and development.
+.PHONY: all setup build demo test test-asan test-tsan fuzz fuzz-ci cross ci bench clean
+
+BUILD      ?= build
+BUILD_TYPE ?= RelWithDebInfo
+CMAKE_ARGS ?=
+JOBS       ?= $(shell nproc)
+SECONDS    ?= 60
+FUZZ_CI_SECONDS ?= 20
+
+CONFIGURE = cmake -S . -G Ninja -DCMAKE_BUILD_TYPE=$(BUILD_TYPE)
+
+all: build
+
+setup:
+	@tools/setup-debian.sh build
+
+$(BUILD)/build.ninja: | setup
+	$(CONFIGURE) -B $(BUILD) $(CMAKE_ARGS)
+
+build: setup $(BUILD)/build.ninja
+	cmake --build $(BUILD) -j $(JOBS)
+
+demo: build
+	@mkdir -p out
+	$(BUILD)/bin/tendrane version
+
+test: build
+	ctest --test-dir $(BUILD) --output-on-failure -j $(JOBS) -LE host
+
+test-asan: setup
+	$(CONFIGURE) -B build-asan -DTENDRANE_SANITIZE=address,undefined -DTENDRANE_BENCH=OFF
+	cmake --build build-asan -j $(JOBS)
+	ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
+	  ctest --test-dir build-asan --output-on-failure -j $(JOBS) -LE 'host|slow'
+
+test-tsan: setup
+	$(CONFIGURE) -B build-tsan -DTENDRANE_SANITIZE=thread -DTENDRANE_BENCH=OFF
+	cmake --build build-tsan -j $(JOBS)
+	TSAN_OPTIONS=halt_on_error=1 ctest --test-dir build-tsan --output-on-failure -j $(JOBS) -LE 'host|slow'
+
+build-fuzz/build.ninja:
+	@tools/setup-debian.sh build fuzz
+	CC=clang CXX=clang++ $(CONFIGURE) -B build-fuzz -DTENDRANE_FUZZ=ON -DTENDRANE_WERROR=OFF
+
+# make fuzz TARGET=name SECONDS=n
+fuzz: build-fuzz/build.ninja
+	@test -n "$(TARGET)" || (echo "make fuzz TARGET=name [SECONDS=n]; targets:"; ls tests/fuzz | grep -v replay_main | sed 's/\.cpp$$//'; exit 1)
+	cmake --build build-fuzz -j $(JOBS) --target fuzz_$(TARGET)
+	@mkdir -p build-fuzz/corpus/$(TARGET)
+	build-fuzz/tests/fuzz_$(TARGET) -max_total_time=$(SECONDS) -print_final_stats=1 \
+	  build-fuzz/corpus/$(TARGET) $(wildcard tests/fuzz/corpus/$(TARGET))
+
+# Every fuzz target for a short time.
+fuzz-ci: build-fuzz/build.ninja
+	cmake --build build-fuzz -j $(JOBS)
+	@set -e; for src in tests/fuzz/*.cpp; do \
+	  name=$$(basename $$src .cpp); [ "$$name" = replay_main ] && continue; \
+	  mkdir -p build-fuzz/corpus/$$name; \
+	  echo "== fuzz $$name ($(FUZZ_CI_SECONDS) s)"; \
+	  build-fuzz/tests/fuzz_$$name -max_total_time=$(FUZZ_CI_SECONDS) -print_final_stats=1 \
+	    build-fuzz/corpus/$$name $$(ls -d tests/fuzz/corpus/$$name 2>/dev/null) 2>&1 | tail -n 12; \
+	  test $${PIPESTATUS[0]} -eq 0; \
+	done
+
+# The portable core, cross-built for both Windows targets.
+cross:
+	@tools/setup-debian.sh build cross
+	$(CONFIGURE) -B build-mingw32 -DCMAKE_TOOLCHAIN_FILE=cmake/mingw-i686.cmake -DTENDRANE_CORE_ONLY=ON
+	cmake --build build-mingw32 -j $(JOBS) --target core
+	$(CONFIGURE) -B build-mingw64 -DCMAKE_TOOLCHAIN_FILE=cmake/mingw-x86_64.cmake -DTENDRANE_CORE_ONLY=ON
+	cmake --build build-mingw64 -j $(JOBS) --target core
+
+bench: build
+	@for b in $(BUILD)/bench/bench_*; do echo "== $$b"; $$b; done
+
+ci: test test-asan fuzz-ci cross
+
+clean:
+	rm -rf build build-asan build-tsan build-fuzz build-mingw32 build-mingw64 out

@@ -1,0 +1,40 @@
+#!/usr/bin/env bash
+# Installs the Debian packages a task needs, only those missing.
+#   tools/setup-debian.sh build|fuzz|cross|host ...
+# "build" is what building and testing need; the others add to it.
+set -euo pipefail
+
+packages_for() {
+  case "$1" in
+    build) echo cmake ninja-build g++ make pkg-config libgtest-dev libgmock-dev libbenchmark-dev \
+                libpng-dev zlib1g-dev libcurl4-openssl-dev libx11-dev ;;
+    fuzz)  echo clang libclang-rt-14-dev ;;
+    cross) echo g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix ;;
+    tools) echo libfreetype-dev ;;
+    *) echo "setup-debian: unknown package group '$1'" >&2; exit 1 ;;
+  esac
+}
+
+wanted=()
+for group in "$@"; do
+  for p in $(packages_for "$group"); do wanted+=("$p"); done
+done
+
+missing=()
+for p in "${wanted[@]}"; do
+  if ! dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed'; then
+    missing+=("$p")
+  fi
+done
+
+if [ ${#missing[@]} -eq 0 ]; then
+  exit 0
+fi
+
+echo "Installing missing packages: ${missing[*]}"
+sudo=""
+if [ "$(id -u)" -ne 0 ]; then sudo="sudo"; fi
+export DEBIAN_FRONTEND=noninteractive
+# Update the package lists once, only when something has to be installed.
+$sudo apt-get update -qq
+$sudo apt-get install -y -qq --no-install-recommends "${missing[@]}"
