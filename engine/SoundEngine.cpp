@@ -1,0 +1,165 @@
+#include "engine/SoundEngine.h"
+
+#include <cmath>
+#include <cstring>
+
+#include "patch/MidiConfigRecord.h"
+#include "patch/NorvelleProgram.h"
+
+SoundEngine::SoundEngine() {
+    for (int i = 0; i < VOICE_COUNT; ++i) {
+        voices_[i].setRates(&rates_);
+        attachVoice(i, &voices_[i]);
+    }
+    init(44100.0f, 0);
+}
+
+void SoundEngine::init(float sampleRate, uint32_t seed) {
+    rates_ = EngineRates::forSampleRate(sampleRate);
+    visual_ = VisualState{};
+    resetSlots();
+    for (int i = 0; i < VOICE_COUNT; ++i)
+        voices_[i].clear(seed - 1802235117u + static_cast<uint32_t>(i));
+    std::memset(busLeft_, 0, sizeof busLeft_);
+    std::memset(busRight_, 0, sizeof busRight_);
+    std::memset(busSend_, 0, sizeof busSend_);
+    seedKnown_ = false;
+    outGain_ = 0.0f;
+    rotationSteps_ = 0;
+    shownTime_ = -1;
+    shownNote_ = -1;
+}
+
+void SoundEngine::copyVisualState(VisualState& target) const { target = visual_; }
+
+void SoundEngine::noteOn(int32_t time, int channel, int note, int velocity) {
+    if (time > shownTime_ || (time == shownTime_ && note > shownNote_)) {
+        shownTime_ = time;
+        shownNote_ = note;
+        visual_.noteCount += 1;
+        const int branch = (note - rotationSteps_ + 12) % 12;
+        visual_.lastBranch = branch;
+        visual_.flash[branch] = 1.0f;
+    }
+    VoiceManager::noteOn(time, channel, note, velocity);
+}
+
+void SoundEngine::decayVisuals() {
+    const float r = rates_.sampleRate;
+    const float a = std::exp(-1.0f / (r / 64.0f));
+    const float b = std::exp(-1.0f / (r / 256.0f));
+    for (int k = 0; k < VisualState::BRANCHES; ++k) {
+        visual_.levelLow[k] *= a;
+        if (std::fabs(visual_.levelLow[k]) < 1e-10f) visual_.levelLow[k] = 0.0f;
+        visual_.levelHigh[k] *= a;
+        if (std::fabs(visual_.levelHigh[k]) < 1e-10f) visual_.levelHigh[k] = 0.0f;
+        visual_.flash[k] *= b;
+        if (std::fabs(visual_.flash[k]) < 0.01f) visual_.flash[k] = 0.0f;
+    }
+}
+
+void SoundEngine::feedEvents(int eventCount, const TimedEvent* events) {
+    shownTime_ = -1;
+    shownNote_ = -1;
+    for (int i = 0; i < eventCount; ++i) {
+        const TimedEvent& e = events[i];
+        const int channel = e.status & 0x0F;
+        switch (e.status & 0xF0) {
+        case 0x80:
+            noteOff(e.time, channel, e.data1, e.data2);
+            break;
+        case 0x90:
+            if (e.data2 > 0)
+                noteOn(e.time, channel, e.data1, e.data2);
+            else
+                noteOff(e.time, channel, e.data1, e.data2);
+            break;
+        case 0xB0:
+            controller(e.time, channel, e.data1, e.data2);
+            break;
+        case 0xC0:
+            programChange(e.time, channel, e.data1);
+            break;
+        case 0xE0:
+            pitchBend(e.time, channel, ((e.data2 << 7) | e.data1) - 8192);
+            break;
+        default:
+            break;
+        }
+    }
+}
+
+void SoundEngine::displayLevel(const Voice& v) {
+    const float dB = v.lastAmp > 1e-10f ? 8.685889f * std::log(v.lastAmp) : -100000.0f;
+    float level = (dB + 40.0f) / 40.0f;
+    level = level < 0.0f ? 0.0f : (level > 1.0f ? 1.0f : level);
+    float bright = v.lastFreq * rates_.sampleRate * level / 10000.0f;
+    bright = bright < 0.0f ? 0.0f : (bright > 1.0f ? 1.0f : bright);
+    float& low = visual_.levelLow[v.branch];
+    float& high = visual_.levelHigh[v.branch];
+    const float dark = level * (1.0f - bright);
+    if (dark > low) low = dark;
+    if (bright > high) high = bright;
+}
+
+void SoundEngine::render(const NorvelleProgram& program, const MidiConfigRecord& midiConfig,
+                         int eventCount, const TimedEvent* events, float* left, float* right,
+                         bool& silentFlag) {
+    decayVisuals();
+    feedEvents(eventCount, events);
+
+    silentFlag = true;
+    sendSilent_ = true;
+    std::memset(busLeft_, 0, sizeof busLeft_);
+    std::memset(busRight_, 0, sizeof busRight_);
+    std::memset(busSend_, 0, sizeof busSend_);
+
+    const bool newSeed = !seedKnown_ || program.seed != seenSeed_;
+    if (newSeed) {
+        seenSeed_ = program.seed;
+        seedKnown_ = true;
+        tuning_ = program.param(Param::Tuning);
+        atonality_ = program.param(Param::Atonality);
+        volume_ = program.param(Param::Volume);
+        effect_ = program.param(Param::Effect);
+    } else {
+        adaptiveSmooth(tuning_, program.param(Param::Tuning), rates_.slewSlow, 1.0f);
+        adaptiveSmooth(atonality_, program.param(Param::Atonality), rates_.slewSlow, rates_.slewFast);
+        adaptiveSmooth(volume_, program.param(Param::Volume), rates_.slewSlow, rates_.slewFast);
+        adaptiveSmooth(effect_, program.param(Param::Effect), rates_.slewSlow, rates_.slewFast);
+    }
+
+    const float r = rates_.sampleRate;
+    const float tuningOct = 2.0f * tuning_ - 1.0f;
+    const float effectBi = 2.0f * effect_ - 1.0f;
+    const float releaseSec = 0.05f * std::exp(std::log(400.0f) * program.param(Param::Release));
+    const float frames = r * releaseSec / 16.0f;
+    const float releaseCoef = frames == 0.0f ? 0.0f : std::exp(-std::log(999.99994f) / frames);
+    outGain_ = volume_ < 1e-5f ? 0.0f : 10.0f * std::pow(volume_, 3.321928094887362f);
+    const float rotation = program.param(Param::Rotation);
+    rotationSteps_ = static_cast<int>(((std::lround(12.0f * rotation) % 12) + 12) % 12);
+
+    VoiceBlock block;
+    block.program = &program;
+    block.midiConfig = &midiConfig;
+    block.newSeed = newSeed;
+    block.tuningOct = tuningOct;
+    block.atonality = atonality_;
+    block.releaseCoef = releaseCoef;
+    block.effectBi = effectBi;
+    block.rotation = rotation;
+    block.rotationSteps = rotationSteps_;
+    block.left = busLeft_;
+    block.right = busRight_;
+    block.send = busSend_;
+    block.silent = &silentFlag;
+    block.sendSilent = &sendSilent_;
+    for (auto& v : voices_) {
+        v.render(block);
+        displayLevel(v);
+    }
+
+    // The buses go out as they are until the reverb and output stage are in.
+    std::memcpy(left, busLeft_, sizeof busLeft_);
+    std::memcpy(right, busRight_, sizeof busRight_);
+}

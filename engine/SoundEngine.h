@@ -1,0 +1,59 @@
+// The sound engine: twenty voices behind the VoiceManager, turning one record
+// and a run of timed MIDI events into 64 samples of stereo at a time. It
+// also keeps what the plant shows: note flashes, levels per branch and the
+// last branch played.
+#pragma once
+
+#include <cstdint>
+
+#include "engine/EngineRates.h"
+#include "engine/RenderInterface.h"
+#include "engine/Voice.h"
+#include "engine/VoiceManager.h"
+
+class SoundEngine : public VoiceManager, public RenderInterface {
+public:
+    SoundEngine();
+
+    void init(float sampleRate, uint32_t seed) override;
+    void render(const NorvelleProgram& program, const MidiConfigRecord& midiConfig, int eventCount,
+                const TimedEvent* events, float* left, float* right, bool& silentFlag) override;
+    void copyVisualState(VisualState& target) const override;
+
+    // Before the common work: the note flash and the last branch played.
+    void noteOn(int32_t time, int channel, int note, int velocity) override;
+
+    const EngineRates& rates() const { return rates_; }
+    const Voice& voice(int i) const { return voices_[i]; }
+    int rotationSteps() const { return rotationSteps_; }
+    float outGain() const { return outGain_; }
+
+private:
+    void decayVisuals();
+    void feedEvents(int eventCount, const TimedEvent* events);
+    void displayLevel(const Voice& v);
+
+    EngineRates rates_;
+    Voice voices_[VOICE_COUNT];
+    VisualState visual_;
+
+    alignas(16) float busLeft_[BLOCK];
+    alignas(16) float busRight_[BLOCK];
+    alignas(16) float busSend_[BLOCK];
+    bool sendSilent_ = true;
+
+    // The seed of the sound last heard; a different one is a new sound.
+    uint32_t seenSeed_ = 0;
+    bool seedKnown_ = false;
+    // Smoothed controls.
+    float tuning_ = 0.5f;
+    float atonality_ = 0.5f;
+    float volume_ = 0.5f;
+    float effect_ = 0.5f;
+    float outGain_ = 0.0f;
+    int rotationSteps_ = 0;
+
+    // The latest note of this block so far: it decides the display.
+    int32_t shownTime_ = -1;
+    int shownNote_ = -1;
+};

@@ -1,0 +1,115 @@
+// One of the twenty voices. The VoiceManager tells it to start, release or be
+// killed, with times in samples from the start of the block; the voice acts
+// on them in its own 16-sample frames, so a note starts on a 16-sample grid.
+// A start that falls on a voice still sounding waits until a 2 ms fade is
+// done.
+#pragma once
+
+#include <cstdint>
+
+#include "engine/EngineRates.h"
+
+class NorvelleProgram;
+struct MidiConfigRecord;
+
+// What the engine hands every voice for one 64-sample block.
+struct VoiceBlock {
+    const NorvelleProgram* program = nullptr;
+    const MidiConfigRecord* midiConfig = nullptr;
+    // The program's seed differs from the one of the block before.
+    bool newSeed = false;
+    float tuningOct = 0.0f;
+    float atonality = 0.5f;   // smoothed
+    float releaseCoef = 0.0f;
+    float effectBi = 0.0f;
+    float rotation = 0.0f;
+    int rotationSteps = 0;
+    float* left = nullptr;    // 64 samples each
+    float* right = nullptr;
+    float* send = nullptr;
+    bool* silent = nullptr;
+    bool* sendSilent = nullptr;
+};
+
+class Voice {
+public:
+    static constexpr int FRAME = 16;
+    static constexpr int FRAMES_PER_BLOCK = 4;
+
+    explicit Voice(const EngineRates* rates = nullptr) : rates_(rates) {}
+    virtual ~Voice() = default;
+
+    // A note waits to start at time (samples from the block start); a
+    // pending release at or after that time is cancelled.
+    virtual void start(int32_t time, int channel, int note, int velocity);
+    // The release comes due in the frame after the one time falls in.
+    virtual void release(int32_t time, int velocity);
+    // Fades out in 20 ms and drops anything pending.
+    virtual void kill();
+    virtual void controller(int32_t time, int number, int value);
+    virtual void pitchBend(int32_t time, int value);
+    virtual void programChange(int32_t time, int program);
+    // 3 start pending; 2 audible; 1 fading below -60 dB; 0 silent.
+    virtual int priority() const;
+
+    // One 64-sample block into the buses of the block.
+    void render(const VoiceBlock& block);
+
+    // The state of a voice that has never sounded; random seeds its noise.
+    void clear(uint32_t random);
+    void setRates(const EngineRates* rates) { rates_ = rates; }
+
+    // Fields.
+    bool active = false;
+    uint32_t lastStamp = 0;
+    int branch = 0;
+    uint8_t keyChannel = 0;
+    int32_t startAt = -1;
+    uint8_t pendingChannel = 0;
+    uint8_t pendingNote = 0;
+    uint8_t pendingVelocity = 0;
+    int32_t releaseAt = -1;
+    float branchAmount = 0.0f;
+    float keyPitch = 1.0f;
+    float phases[3] = {};           // oscillator A, oscillator B, sub-oscillator
+    float filterLow[2] = {};
+    float filterBand[2] = {};
+    float noise[3] = {};
+    float loopScale = 1.0f;
+    float velGain = 0.0f;
+    float releaseGain = 0.0f;
+    float fadeRate = 0.0f;
+    float modVelocity = 0.0f;
+    float lfoPhase = 0.0f;
+    uint8_t envState = 0;
+    float envPos = 0.0f;
+    float susRamp = 0.0f;
+    float modHold = 0.0f;
+    float modHoldAcc = 0.0f;
+    float bHold = 0.0f;
+    float bHoldAcc = 1.0f;
+    bool holdRelease = true;
+    float gainLeft = 0.0f;
+    float gainRight = 0.0f;
+    float gainSend = 0.0f;
+    float meanStep = 0.0f;
+    uint32_t random = 0;
+    float lastAmp = 0.0f;
+    float lastFreq = 0.001f;
+    // Smoothed copies: pan and six decoded values.
+    float pan = 0.0f;
+    float aForm = 0.0f;
+    float bForm = 0.0f;
+    float aGain = 0.0f;
+    float bGain = 0.0f;
+    float subAmount = 0.0f;
+    float volSus = 0.0f;
+
+protected:
+    // The note start, in the frame where it falls.
+    void startNote(const VoiceBlock& block);
+    // One sounding frame; factor is the release factor of the frame.
+    virtual void renderFrame(const VoiceBlock& block, int frame, float factor);
+
+    const EngineRates* rates_;
+};
