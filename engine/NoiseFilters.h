@@ -1,0 +1,16 @@
+// The two noise colourings of a voice. B's noise is a two-pole low-pass at
+// B's own pitch, so a higher pitch is brighter; A's is a one-pole low-pass
+// at its colour corner. Each runs over one 16-sample frame of raw noise and
+// ends with the denormal step on its states.
+#pragma once
+
+namespace engine {
+
+// k = 1 - exp(-2 pi fB), g = sqrt(bNoise * 0.5 / fB);
+// state1 += (noise g - state1) k; state2 += (state1 - state2) k; out = state2.
+void filterBNoise(float& state1, float& state2, const float* noise16, float fB, float bNoise, float* out16);
+
+// state += (noise gain - state) coef; out = state.
+void filterANoise(float& state, const float* noise16, float gain, float coef, float* out16);
+
+}  // namespace engine

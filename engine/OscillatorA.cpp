@@ -1,0 +1,35 @@
+#include "engine/OscillatorA.h"
+
+#include <cmath>
+
+#include "engine/FrameSize.h"
+#include "engine/Oversampling.h"
+#include "engine/PhaseWrap.h"
+
+namespace engine {
+
+float addMeanStep(float meanStep, const float* step, float stepSmooth) {
+    const __m128 absMask = _mm_castsi128_ps(_mm_set1_epi32(0x7FFFFFFF));
+    __m128 sum = _mm_setzero_ps();
+    for (int i = 0; i < kFrameSamples; i += 4) sum = _mm_add_ps(sum, _mm_and_ps(_mm_loadu_ps(step + i), absMask));
+    alignas(16) float lanes[4];
+    _mm_store_ps(lanes, sum);
+    const float total = (lanes[0] + lanes[1]) + (lanes[2] + lanes[3]);
+    return meanStep + (stepSmooth / 16.0f) * total;
+}
+
+void renderOscillatorA(float& aPhase, const float* step, float meanStep, const WaveShape& shape, float* out) {
+    const int points = oversamplingPoints(meanStep);
+    for (int i = 0; i < kFrameSamples; i += 4) {
+        const float p0 = aPhase;
+        const float p1 = p0 + step[i];
+        const float p2 = p1 + step[i + 1];
+        const float p3 = p2 + step[i + 2];
+        float next = p3 + step[i + 3];
+        aPhase = next - std::floor(next);
+        const __m128 phase = wrapPhase(_mm_setr_ps(p0, p1, p2, p3));
+        _mm_storeu_ps(out + i, oversampledShape(shape, phase, _mm_loadu_ps(step + i), points));
+    }
+}
+
+}  // namespace engine

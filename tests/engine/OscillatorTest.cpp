@@ -1,0 +1,255 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <vector>
+
+#include "engine/FrequencyModulation.h"
+#include "engine/NoiseFilters.h"
+#include "engine/NoiseTable.h"
+#include "engine/OscillatorA.h"
+#include "engine/OscillatorB.h"
+#include "engine/Oversampling.h"
+#include "engine/PhaseWrap.h"
+#include "engine/SampleAndHold.h"
+#include "engine/SubOscillator.h"
+#include "engine/WaveShape.h"
+
+using namespace engine;
+
+TEST(OscillatorTest, SineFormIsACosineThroughTheCycle) {
+    WaveShape w = WaveShape::make(0.0f, 0.0001f);
+    EXPECT_FLOAT_EQ(w.fall, 0.5f);
+    EXPECT_FLOAT_EQ(w.rise, 0.5f);
+    EXPECT_FLOAT_EQ(w.top, 1.0f);
+    for (int i = 0; i <= 100; ++i) {
+        float p = float(i) / 100.0f;
+        EXPECT_NEAR(w.shape(p), std::cos(6.2831853 * p), 0.002) << p;
+    }
+}
+
+TEST(OscillatorTest, SquareFormHasItsRisingEdgeAtHalfTheCycle) {
+    WaveShape w = WaveShape::make(0.66666f, 0.001f);
+    EXPECT_NEAR(w.rise, 0.5f, 1e-4);
+    EXPECT_GT(w.top, w.rise);
+    EXPECT_LT(w.fall, 0.01f);
+    // Low in the first half, high in the second, mean near zero.
+    EXPECT_LT(w.shape(0.25f), -0.9f);
+    EXPECT_GT(w.shape(0.75f), 0.9f);
+}
+
+TEST(OscillatorTest, PulseFormSitsHighAlmostTheWholeCycle) {
+    WaveShape w = WaveShape::make(1.0f, 0.001f);
+    EXPECT_FLOAT_EQ(w.rise, w.fall);
+    EXPECT_FLOAT_EQ(w.top, 2.0f * w.fall);
+    double mean = 0;
+    for (int i = 0; i < 10000; ++i) mean += w.shape(float(i) / 10000.0f);
+    EXPECT_NEAR(mean / 10000.0, 0.0, 0.02);  // the offset takes out the mean
+}
+
+TEST(OscillatorTest, EdgesSoftenAsThePitchRises) {
+    WaveShape low = WaveShape::make(1.0f, 0.0001f);
+    WaveShape high = WaveShape::make(1.0f, 0.2f);
+    EXPECT_GT(high.fall, low.fall * 100.0f);
+    EXPECT_LE(high.fall, 0.5f);
+}
+
+TEST(OscillatorTest, PhaseWrapKeepsTheFractionWith18Bits) {
+    EXPECT_EQ(wrapPhase(1.25f), 0.25f);
+    EXPECT_EQ(wrapPhase(-0.25f), 0.75f);
+    EXPECT_EQ(wrapPhase(3.0f), 0.0f);
+    // A step below 2^-18 is lost, a step of 2^-18 is kept.
+    EXPECT_EQ(wrapPhase(0.5f + 1.0f / 1048576.0f), 0.5f);
+    EXPECT_EQ(wrapPhase(0.5f + 1.0f / 262144.0f), 0.5f + 1.0f / 262144.0f);
+}
+
+TEST(OscillatorTest, OversamplingBoundaries) {
+    EXPECT_EQ(oversamplingPoints(0.0f), 1);
+    EXPECT_EQ(oversamplingPoints(0.0024999f), 1);
+    EXPECT_EQ(oversamplingPoints(0.0025f), 2);
+    EXPECT_EQ(oversamplingPoints(0.0099999f), 2);
+    EXPECT_EQ(oversamplingPoints(0.01f), 3);
+    EXPECT_EQ(oversamplingPoints(0.4f), 3);
+}
+
+TEST(OscillatorTest, OversampledShapeIsTheMeanOfItsPoints) {
+    WaveShape w = WaveShape::make(0.4f, 0.01f);
+    const float p = 0.3f, f = 0.02f;
+    __m128 two = oversampledShape(w, _mm_set1_ps(p), _mm_set1_ps(f), 2);
+    EXPECT_NEAR(_mm_cvtss_f32(two), (w.shape(p) + w.shape(p + f / 2)) / 2, 1e-6);
+    __m128 three = oversampledShape(w, _mm_set1_ps(p), _mm_set1_ps(f), 3);
+    EXPECT_NEAR(_mm_cvtss_f32(three), (w.shape(p) + w.shape(p + f / 3) + w.shape(p + 2 * f / 3)) / 3, 1e-6);
+    // Extra points past the end of the cycle wrap to its start.
+    __m128 wrapped = oversampledShape(w, _mm_set1_ps(0.99f), _mm_set1_ps(0.04f), 2);
+    EXPECT_NEAR(_mm_cvtss_f32(wrapped), (w.shape(0.99f) + w.shape(0.01f)) / 2, 1e-3);
+    EXPECT_GT(std::fabs(_mm_cvtss_f32(wrapped) - (w.shape(0.99f) + w.shape(1.01f)) / 2), 0.1f);
+}
+
+TEST(OscillatorTest, OscillatorBSoundsItsFrequency) {
+    const float fB = 261.6256f / 44100.0f;
+    WaveShape w = WaveShape::make(0.0f, fB);
+    float sub = 0.0f;
+    std::vector<float> out;
+    for (int frame = 0; frame < 2756; ++frame) {  // one second
+        float b[16];
+        renderOscillatorB(bPhaseFromSubPhase(sub), fB, w, b);
+        out.insert(out.end(), b, b + 16);
+        sub = advanceSubPhase(sub, fB);
+    }
+    int upward = 0;
+    for (std::size_t i = 1; i < 44100; ++i)
+        if (out[i - 1] < 0.0f && out[i] >= 0.0f) ++upward;
+    EXPECT_NEAR(upward, 262, 1);
+}
+
+TEST(OscillatorTest, BStaysLockedAtTwiceTheSubPhase) {
+    EXPECT_EQ(bPhaseFromSubPhase(0.25f), 0.5f);
+    EXPECT_EQ(bPhaseFromSubPhase(0.75f), 0.5f);
+    EXPECT_EQ(bPhaseFromSubPhase(0.5f), 0.0f);
+}
+
+TEST(OscillatorTest, OscillatorAReducesItsPhaseWithFloorEveryFourSamples) {
+    WaveShape w = WaveShape::make(0.0f, 0.1f);
+    float step[16];
+    for (float& s : step) s = 0.3f;
+    float a[16];
+    float phase = 0.0f;
+    renderOscillatorA(phase, step, 0.3f, w, a);
+    EXPECT_NEAR(phase, 16 * 0.3 - std::floor(16 * 0.3), 1e-5);
+    for (float& s : step) s = -0.3f;  // backwards
+    renderOscillatorA(phase, step, 0.3f, w, a);
+    EXPECT_NEAR(phase, 0.0, 1e-5);
+    EXPECT_GE(phase, 0.0f);
+}
+
+TEST(OscillatorTest, MeanStepAddsTheMeanMagnitudeOfTheSteps) {
+    float step[16];
+    for (int i = 0; i < 16; ++i) step[i] = (i & 1) ? -0.01f : 0.01f;
+    EXPECT_NEAR(addMeanStep(0.5f, step, 0.2f), 0.5f + 0.2f * 0.01f, 1e-7);
+}
+
+TEST(OscillatorTest, FmDepthZeroGivesTheCarrierStep) {
+    float b[16], step[16];
+    for (int i = 0; i < 16; ++i) b[i] = std::sin(float(i));
+    const float fA = 0.0123f;
+    float depth = limitedFmDepth(0.0f, 0.0f, 0.7f, fA, 0.5f);
+    EXPECT_EQ(depth, 0.0f);
+    fmSteps(b, depth, fA, step);
+    for (float s : step) EXPECT_EQ(s, fA);
+}
+
+TEST(OscillatorTest, OscillatorAtMaxFreqIgnoresFm) {
+    const float maxFreq = 0.5f;
+    EXPECT_EQ(limitedFmDepth(16.0f, -3.0f, 0.5f, maxFreq, maxFreq), 0.0f);
+    // Below the limit the depth is clamped so the top of a swing stays inside.
+    const float fA = 0.1f;
+    const float depth = limitedFmDepth(16.0f, 0.0f, 0.0f, fA, maxFreq);
+    EXPECT_FLOAT_EQ(depth, 4.0f);
+    EXPECT_FLOAT_EQ(limitedFmDepth(-16.0f, 0.0f, 0.0f, fA, maxFreq), -4.0f);
+    float b[16], step[16];
+    for (float& x : b) x = 1.0f;
+    fmSteps(b, depth, fA, step);
+    EXPECT_LE(step[0], maxFreq + 1e-6f);
+}
+
+TEST(OscillatorTest, SubAmountBelowLimitLeavesBAloneButThePhaseAdvances) {
+    float b[16], copy[16];
+    for (int i = 0; i < 16; ++i) b[i] = copy[i] = float(i) * 0.1f - 0.7f;
+    applySubOscillator(b, 0.3f, 0.01f, 0.99e-5f);
+    for (int i = 0; i < 16; ++i) EXPECT_EQ(b[i], copy[i]);
+    EXPECT_NEAR(advanceSubPhase(0.3f, 0.01f), 0.38f, 1e-6);
+    EXPECT_NEAR(advanceSubPhase(0.95f, 0.01f), 0.03f, 1e-6);
+}
+
+TEST(OscillatorTest, SubOscillatorSwingsTheAmplitudeByItsAmount) {
+    float b[16];
+    for (float& x : b) x = 1.0f;
+    // u = -0.5 at phase 0: s = 1, the top of the swing.
+    applySubOscillator(b, 0.0f, 0.0f, 0.5f);
+    EXPECT_FLOAT_EQ(b[0], 1.5f);
+    for (float& x : b) x = 1.0f;
+    applySubOscillator(b, 0.5f, 0.0f, 0.5f);  // u = 0: s = -1
+    EXPECT_FLOAT_EQ(b[0], 0.5f);
+}
+
+TEST(OscillatorTest, HoldRateOfExactlyOneSkipsTheHold) {
+    float b[16], copy[16];
+    for (int i = 0; i < 16; ++i) b[i] = copy[i] = float(i);
+    float hold = -5.0f, acc = 0.3f;
+    sampleAndHold(b, hold, acc, 1.0f);
+    for (int i = 0; i < 16; ++i) EXPECT_EQ(b[i], copy[i]);
+    EXPECT_EQ(acc, 0.3f);
+    EXPECT_EQ(hold, -5.0f);
+}
+
+TEST(OscillatorTest, HoldAtHalfRateRepeatsEverySecondSample) {
+    float b[16];
+    for (int i = 0; i < 16; ++i) b[i] = float(i);
+    float hold = 0.0f, acc = 1.0f;  // as at a note start: the first sample is taken
+    sampleAndHold(b, hold, acc, 0.5f);
+    EXPECT_EQ(b[0], 0.0f);
+    EXPECT_EQ(b[1], 1.0f);  // the accumulator reaches 1 again
+    EXPECT_EQ(b[2], 1.0f);
+    EXPECT_EQ(b[3], 3.0f);
+    EXPECT_EQ(b[4], 3.0f);
+    EXPECT_EQ(b[15], 15.0f);
+    EXPECT_EQ(hold, 15.0f);
+}
+
+TEST(OscillatorTest, NoiseTableIsCentredAndBounded) {
+    const NoiseTable& t = NoiseTable::instance();
+    double sum = 0;
+    int zeros = 0;
+    for (int i = 0; i < NoiseTable::SIZE; ++i) {
+        float v = t.values()[i];
+        EXPECT_LE(std::fabs(v), 1.0f);
+        sum += v;
+        if (v == 0.0f) ++zeros;
+    }
+    EXPECT_NEAR(sum / NoiseTable::SIZE, 0.0, 1e-4);
+    EXPECT_NE(t.values()[0], 0.0f);
+    EXPECT_LT(zeros, 3);
+    // The same table every time.
+    EXPECT_EQ(&NoiseTable::instance(), &t);
+}
+
+TEST(OscillatorTest, NoiseReadsFourRunsAtScaledPositions) {
+    const NoiseTable& t = NoiseTable::instance();
+    uint32_t random = 12345;
+    const uint32_t x = 12345u * 0x569CF9F3u - 0x06DC3E2Fu;
+    const uint32_t z = (x << 1) | (x >> 31);
+    float out[16];
+    t.read(random, out);
+    EXPECT_EQ(random, z);
+    for (uint32_t j = 1; j <= 4; ++j)
+        for (uint32_t k = 0; k < 4; ++k) EXPECT_EQ(out[(j - 1) * 4 + k], t.values()[((j * z) >> 22) + k]);
+}
+
+TEST(OscillatorTest, BNoiseFollowsBsPitchAndIsSilentWithoutNoise) {
+    float noise[16], out[16];
+    for (int i = 0; i < 16; ++i) noise[i] = (i & 1) ? 1.0f : -1.0f;
+    float s1 = 0, s2 = 0;
+    filterBNoise(s1, s2, noise, 0.01f, 0.0f, out);
+    for (float v : out) EXPECT_EQ(v, 0.0f);
+    // A brighter (higher) B passes more of the fast noise.
+    float lo1 = 0, lo2 = 0, hi1 = 0, hi2 = 0, lo[16], hi[16];
+    double eLo = 0, eHi = 0;
+    for (int f = 0; f < 50; ++f) {
+        filterBNoise(lo1, lo2, noise, 0.001f, 1.0f, lo);
+        filterBNoise(hi1, hi2, noise, 0.1f, 1.0f, hi);
+    }
+    for (int i = 0; i < 16; ++i) {
+        eLo += lo[i] * lo[i];
+        eHi += hi[i] * hi[i];
+    }
+    EXPECT_GT(eHi, eLo);
+}
+
+TEST(OscillatorTest, ANoiseIsAOnePoleLowPass) {
+    float noise[16], out[16];
+    for (float& n : noise) n = 1.0f;
+    float s = 0;
+    filterANoise(s, noise, 2.0f, 0.5f, out);
+    EXPECT_FLOAT_EQ(out[0], 1.0f);
+    EXPECT_FLOAT_EQ(out[1], 1.5f);
+    EXPECT_NEAR(s, 2.0f, 1e-3);
+}
