@@ -16,15 +16,7 @@ const char* const kInspectUsage =
     "its mutated genes and the sound coefficients they decode to.\n"
     "\n"
     "  --rate HZ               the sample rate to decode for (default 44100)\n"
-    "\n"
-    "Record options (applied on top of FILE, or of the Init record):\n"
-    "  --init                  start from the Init record\n"
-    "  --seed S                the seed, 1 to 4294967295\n"
-    "  --implementation I      the implementation, 0 to 10\n"
-    "  --cloned                all twelve branches share one seed\n"
-    "  --pitch P               the pitch offset in octaves\n"
-    "  --param NAME=VALUE      a global parameter, normalized 0 to 1 (repeatable)\n"
-    "  --gene NAME=VALUE       a gene, 0 to 1 (repeatable)\n";
+    "\n" TENDRANE_RECORD_OPTIONS_USAGE;
 
 int runInspect(const std::vector<std::string>& args) {
     std::vector<OptionSpec> specs = recordOptionSpecs();

@@ -1,18 +1,12 @@
 #include "cli/RecordOptions.h"
 
-#include "platform/Exceptions.h"
+#include "patch/ProgramText.h"
+#include "platform/OrlFiles/File.h"
+#include "platform/OrlFiles/Path.h"
 
 namespace cli {
 
-const char* const kRecordOptionsUsage =
-    "Record options (applied on top of FILE, or of the Init record):\n"
-    "  --init                  start from the Init record\n"
-    "  --seed S                the seed, 1 to 4294967295\n"
-    "  --implementation I      the implementation, 0 to 10\n"
-    "  --cloned                all twelve branches share one seed\n"
-    "  --pitch P               the pitch offset in octaves\n"
-    "  --param NAME=VALUE      a global parameter, normalized 0 to 1 (repeatable)\n"
-    "  --gene NAME=VALUE       a gene, 0 to 1 (repeatable)\n";
+const char* const kRecordOptionsUsage = TENDRANE_RECORD_OPTIONS_USAGE;
 
 std::vector<OptionSpec> recordOptionSpecs() {
     return {
@@ -30,8 +24,10 @@ bool hasRecordOptions(const Options& options) {
 
 namespace {
 
+// The patch text of a file, read as the plug-in reads it. The record keeps
+// no path: what is printed from it doesn't depend on how the file was named.
 NorvelleProgram readFile(const std::string& file) {
-    throw Exception("reading patch files is not available in this build yet ('" + file + "')");
+    return readProgramText(OrlFiles::readWholeFile(OrlFiles::Path::parse(file)));
 }
 
 struct NamedValue {

@@ -22,7 +22,17 @@ namespace cli {
 // The option specs, to be added to a command's own.
 std::vector<OptionSpec> recordOptionSpecs();
 
-// The usage lines of the record options.
+// The usage lines of the record options, as a literal so that a command's
+// usage text can take it in, and as a constant.
+#define TENDRANE_RECORD_OPTIONS_USAGE                                                  \
+    "Record options (applied on top of FILE, or of the Init record):\n"                \
+    "  --init                  start from the Init record\n"                          \
+    "  --seed S                the seed, 1 to 4294967295\n"                           \
+    "  --implementation I      the implementation, 0 to 10\n"                         \
+    "  --cloned                all twelve branches share one seed\n"                  \
+    "  --pitch P               the pitch offset in octaves\n"                         \
+    "  --param NAME=VALUE      a global parameter, normalized 0 to 1 (repeatable)\n"  \
+    "  --gene NAME=VALUE       a gene, 0 to 1 (repeatable)\n"
 extern const char* const kRecordOptionsUsage;
 
 // True when any record option was given.

@@ -5,6 +5,8 @@
 
 #include <cmath>
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <map>
 #include <memory>
 #include <stdexcept>
@@ -18,6 +20,7 @@
 #include "engine/BranchDecoder.h"
 #include "engine/BranchParams.h"
 #include "patch/NorvelleProgram.h"
+#include "patch/ProgramText.h"
 
 namespace {
 
@@ -330,6 +333,59 @@ TEST(Inspect, UnknownNamesAndBadValuesAreClearErrors) {
     EXPECT_THROW(inspect({"--rate", "-44100"}), cli::UsageError);
     EXPECT_THROW(inspect({"a.tdrn", "b.tdrn"}), cli::UsageError);
     EXPECT_THROW(inspect({"--bogus"}), cli::UsageError);
+}
+
+// A patch file written in the patch text, under the test's temporary folder.
+std::string writePatchFile(const NorvelleProgram& record, const std::string& name) {
+    const std::string path = (std::filesystem::path(testing::TempDir()) / name).string();
+    std::ofstream out(path, std::ios::binary);
+    out << withCrLf(writeProgramText(record, true));
+    return path;
+}
+
+TEST(Inspect, ReadsAPatchFileAndAppliesTheOptionsOnTop) {
+    NorvelleProgram saved;
+    saved.setName(u"Glass Reed");
+    saved.seed = 31337;
+    saved.implementation = 6;
+    saved.setGene(Gene::b_freq, 0.75f);
+    saved.setParam(Param::Branch4, 0.5f);
+    saved.computeBranchDeviations();
+    saved.modified = false;
+    const std::string file = writePatchFile(saved, "inspect-glass-reed.tdrn");
+
+    const Json doc = parse(inspect({file}));
+    EXPECT_EQ(doc["name"].text, "Glass Reed");
+    EXPECT_EQ(doc["seed"].text, "31337");
+    EXPECT_EQ(doc["implementation"].text, "6");
+    EXPECT_FALSE(doc["modified"].boolean);
+    EXPECT_EQ(doc["genes"]["b_freq"].number(), 0.75f);
+    EXPECT_EQ(doc["branches"].items[3]["length"].number(), 0.5f);
+    EXPECT_EQ(doc["branchDeviations"].items[2].items[7].number(), saved.branchDeviations[2][7]);
+    // B two octaves above A on the plain branches.
+    const Json& plain = doc["branches"].items[0]["params"];
+    EXPECT_FLOAT_EQ(plain["bFreq"].number(), 4.0f * plain["aFreq"].number());
+
+    const Json over = parse(inspect({file, "--gene", "b_freq=0.5", "--seed", "99", "--rate", "96000"}));
+    EXPECT_EQ(over["name"].text, "Glass Reed");
+    EXPECT_EQ(over["seed"].text, "99");
+    EXPECT_TRUE(over["modified"].boolean);
+    const Json& changed = over["branches"].items[0]["params"];
+    EXPECT_FLOAT_EQ(changed["aFreq"].number(), 261.6256f / 96000.0f);
+    EXPECT_FLOAT_EQ(changed["bFreq"].number(), 0.5f * changed["aFreq"].number());
+    std::filesystem::remove(file);
+}
+
+TEST(Inspect, MissingFileAndFileWithInitAreErrors) {
+    try {
+        inspect({"/no/such/folder/patch.tdrn"});
+        ADD_FAILURE() << "no error for a missing file";
+    } catch (const std::exception& e) {
+        EXPECT_NE(std::string(e.what()).find("Error opening file"), std::string::npos) << e.what();
+    }
+    const std::string file = writePatchFile(NorvelleProgram(), "inspect-init.tdrn");
+    EXPECT_THROW(inspect({file, "--init"}), cli::UsageError);
+    std::filesystem::remove(file);
 }
 
 }  // namespace
