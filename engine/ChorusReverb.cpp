@@ -1,0 +1,233 @@
+#include "engine/ChorusReverb.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+
+#include "engine/PhaseWrap.h"
+
+namespace engine {
+
+namespace {
+
+struct PrimeTable {
+    int p[33];
+    PrimeTable() {
+        int n = 0;
+        for (int candidate = 3; n < 33; candidate += 2) {
+            bool prime = true;
+            for (int d = 3; d * d <= candidate; d += 2)
+                if (candidate % d == 0) prime = false;
+            if (prime) p[n++] = candidate;
+        }
+    }
+};
+
+// The line primes skip every third entry from the thirteenth on.
+constexpr int kLinePrime[ChorusReverb::LINES] = {12, 13, 15, 16, 18, 19, 21, 22, 24, 25, 27, 28};
+constexpr int kDiffPrime[ChorusReverb::DIFFUSERS] = {20, 23, 29, 17, 26, 32};  // 79 97 127 67 107 139
+
+// N / p rounded to nearest, in integers.
+int delayFor(int N, int p) { return (p / 2 + N) / p; }
+
+}  // namespace
+
+const int* ChorusReverb::primes() {
+    static const PrimeTable table;
+    return table.p;
+}
+
+void ChorusReverb::seed(uint32_t seed) {
+    random1_ = seed;
+    random2_ = ~seed;
+}
+
+void ChorusReverb::resize(float sampleRate, float fxSize, bool force) {
+    const float size = 4.9f * fxSize + 0.1f;
+    if (!force && size == size_ && sampleRate == sampleRate_ && buffer_) return;
+    sampleRate_ = sampleRate;
+    size_ = size;
+    smoothCoef_ = 1.0f - std::exp(-6.2831855f * std::min(40.0f / sampleRate, 0.5f));
+
+    const int* P = primes();
+    const int N = int(std::floor(size * sampleRate + 0.5f));
+    for (int k = 0; k < LINES; ++k) lineDelay_[k] = delayFor(N, P[kLinePrime[k]]);
+    for (int k = 0; k < DIFFUSERS; ++k) diffDelay_[k] = delayFor(N, P[kDiffPrime[k]]);
+    const int spare = int(std::ceil(float(lineDelay_[11]) * 0.015f));
+    lineOffset_[0] = 0;
+    for (int k = 0; k + 1 < LINES; ++k) lineOffset_[k + 1] = lineOffset_[k] + lineDelay_[k] + spare + 2;
+    diffPos_[0] = lineOffset_[11] + lineDelay_[11] + spare + 2;
+    diffPos_[1] = diffPos_[0] + diffDelay_[0];
+    diffPos_[2] = diffPos_[0] + diffDelay_[1];
+    diffPos_[3] = diffPos_[1] + diffDelay_[2];
+    diffPos_[4] = diffPos_[3] + diffDelay_[3];
+    diffPos_[5] = diffPos_[3] + diffDelay_[4];
+    diffPos_[6] = diffPos_[4] + diffDelay_[5];
+
+    std::size_t capacity = 1;
+    while (capacity <= std::size_t(diffPos_[6])) capacity *= 2;
+    if (capacity != capacity_ || !buffer_) {
+        buffer_.reset();
+        capacity_ = 0;
+        buffer_.reset(new float[capacity]);
+        capacity_ = capacity;
+    }
+    clearStates();
+    setGains();
+    std::memcpy(gainNow_, gainTarget_, sizeof gainNow_);
+    level_ = 0.0f;
+}
+
+void ChorusReverb::clearStates() {
+    std::fill(buffer_.get(), buffer_.get() + capacity_, 0.0f);
+    writePos_ = 0;
+    antiDenormal_ = 1e-11f;
+    std::fill(std::begin(lineOut_), std::end(lineOut_), 0.0f);
+    std::fill(std::begin(lineDamp_), std::end(lineDamp_), 0.0f);
+    std::fill(std::begin(walk1_), std::end(walk1_), 0.0f);
+    std::fill(std::begin(walk2_), std::end(walk2_), 0.0f);
+}
+
+void ChorusReverb::setGains() {
+    const float T = length_;
+    const float r = sampleRate_;
+    const float d0 = float(lineDelay_[0]);
+    const float h = T == 0.0f ? 1.0f : std::exp(std::log(0.001f) * d0 / (r * T));
+    const float a = std::pow(h, 1.0f / d0);
+    const float b = std::pow(0.25f * h, 1.0f / d0);
+    for (int k = 0; k < LINES; ++k) gainTarget_[k] = std::pow(a, float(lineDelay_[k]));
+    gainTarget_[12] = 0.0f;
+    for (int j = 0; j < DIFFUSERS; ++j) gainTarget_[13 + j] = std::pow(b, float(diffDelay_[j]));
+    lengthTrim_ = T == 0.0f ? 0.5f : std::min(std::pow(T, -0.25f), 2.0f);
+}
+
+void ChorusReverb::process(const float* in, float* outLeft, float* outRight, float wetIn, float T, float D,
+                           float C) {
+    if (!buffer_) {
+        std::fill(outLeft, outLeft + BLOCK, 0.0f);
+        std::fill(outRight, outRight + BLOCK, 0.0f);
+        return;
+    }
+    if (T != length_) {
+        length_ = T;
+        setGains();
+    }
+    const float v = std::max(level_, wetIn);
+    if (!(v > 1e-5f)) {
+        std::memcpy(gainNow_, gainTarget_, sizeof gainNow_);
+        std::fill(outLeft, outLeft + BLOCK, 0.0f);
+        std::fill(outRight, outRight + BLOCK, 0.0f);
+        level_ = 0.0f;
+        return;
+    }
+    level_ = v;
+    const float r = sampleRate_;
+    const float w = 1.25f / r;
+    const __m128 walkCoef = _mm_set1_ps(1.0f - std::exp(-6.2831855f * w));
+    const float depth = float(lineDelay_[11]) * 0.015f;
+    const __m128 noiseGain = _mm_set1_ps(std::sqrt(0.5f / w) * 7.3145906e-10f * lengthTrim_ * C);
+    if (std::fabs(gainNow_[0] - gainTarget_[0]) < 1e-5f) std::memcpy(gainNow_, gainTarget_, sizeof gainNow_);
+    const __m128 dampCoef = _mm_set1_ps(D == 0.0f ? 1.0f : 1.0f - std::exp(-6.2831855f * D / r));
+    const __m128 smooth = _mm_set1_ps(smoothCoef_);
+    const __m128 absMask = _mm_castsi128_ps(_mm_set1_epi32(0x7FFFFFFF));
+    const uint32_t mask = uint32_t(capacity_ - 1);
+    float* buf = buffer_.get();
+
+    __m128 walk1 = _mm_load_ps(walk1_), walk2 = _mm_load_ps(walk2_);
+    for (int n = 0; n < BLOCK; ++n) {
+        // Four random draws drive the four walks, low-passed twice at 1.25 Hz.
+        alignas(16) int32_t draws[4];
+        for (int j = 0; j < 4; ++j) {
+            random1_ = random1_ * 0x569CF9F3u - 0x06DC3E2Du;
+            draws[j] = int32_t(random1_);
+        }
+        const __m128 noise = _mm_cvtepi32_ps(_mm_load_si128(reinterpret_cast<const __m128i*>(draws)));
+        walk1 = _mm_add_ps(walk1, _mm_mul_ps(_mm_sub_ps(_mm_mul_ps(noise, noiseGain), walk1), walkCoef));
+        walk2 = _mm_add_ps(walk2, _mm_mul_ps(_mm_sub_ps(walk1, walk2), walkCoef));
+        // A parabolic sine of each walk: it wraps softly and never runs away.
+        const __m128 ph = wrapSlowPhase(_mm_mul_ps(walk2, _mm_set1_ps(0.15915494f)));
+        const __m128 bend = _mm_sub_ps(_mm_set1_ps(8.0f),
+                                       _mm_and_ps(_mm_sub_ps(_mm_mul_ps(_mm_set1_ps(16.0f), ph), _mm_set1_ps(8.0f)),
+                                                  absMask));
+        const __m128 m = _mm_mul_ps(_mm_mul_ps(_mm_sub_ps(_mm_set1_ps(0.5f), ph), bend), _mm_set1_ps(depth));
+        alignas(16) float mod[4];
+        _mm_store_ps(mod, m);
+        const float groupMod[3][4] = {{mod[0], -mod[1], mod[2], -mod[3]},
+                                      {-mod[0], mod[1], -mod[2], mod[3]},
+                                      {-mod[1], mod[0], -mod[3], mod[2]}};
+
+        for (int k = 0; k < 20; k += 4) {
+            const __m128 now = _mm_load_ps(gainNow_ + k);
+            _mm_store_ps(gainNow_ + k,
+                         _mm_add_ps(now, _mm_mul_ps(_mm_sub_ps(_mm_load_ps(gainTarget_ + k), now), smooth)));
+        }
+
+        const float x = in[n];
+        const __m128 feed = _mm_set1_ps(x + antiDenormal_);
+        float L = x, R = x;
+        for (int g = 0; g < 3; ++g) {
+            alignas(16) float s0[4], s1[4], ap[4];
+            for (int j = 0; j < 4; ++j) {
+                const int k = 4 * g + j;
+                const float mu = groupMod[g][j];
+                // floor, with an exact integer counted one lower
+                float i = std::floor(mu);
+                if (i == mu) i -= 1.0f;
+                const float f = mu - i;
+                ap[j] = (1.0f - f) / (1.0f + f);
+                const uint32_t at = writePos_ - uint32_t(int32_t(i)) - uint32_t(lineOffset_[k] + lineDelay_[k]);
+                s0[j] = buf[at & mask];
+                s1[j] = buf[(at - 1u) & mask];
+            }
+            // Fractional allpass read, feedback gain, damping.
+            const __m128 prev = _mm_load_ps(lineOut_ + 4 * g);
+            const __m128 y = _mm_add_ps(_mm_load_ps(s1), _mm_mul_ps(_mm_load_ps(ap), _mm_sub_ps(_mm_load_ps(s0), prev)));
+            _mm_store_ps(lineOut_ + 4 * g, y);
+            const __m128 t = _mm_mul_ps(_mm_add_ps(feed, y), _mm_load_ps(gainNow_ + 4 * g));
+            const __m128 damp = _mm_load_ps(lineDamp_ + 4 * g);
+            const __m128 newDamp = _mm_add_ps(damp, _mm_mul_ps(_mm_sub_ps(t, damp), dampCoef));
+            _mm_store_ps(lineDamp_ + 4 * g, newDamp);
+            for (int j = 0; j < 4; ++j) {
+                const int k = 4 * g + j;
+                buf[(writePos_ - uint32_t(lineOffset_[k])) & mask] = lineDamp_[k];
+            }
+            alignas(16) float out[4];
+            _mm_store_ps(out, y);
+            L += out[0] + out[1] - out[2] - out[3];
+            R += out[0] - out[1] - out[2] + out[3];
+        }
+
+        // Diffusers: read all six first, then write.
+        float rd[DIFFUSERS];
+        for (int j = 0; j < DIFFUSERS; ++j) rd[j] = buf[(writePos_ - uint32_t(diffPos_[j + 1])) & mask];
+        const float* g = gainNow_ + 13;
+        const float u0 = rd[0] - g[0] * L;
+        const float w0 = g[0] * u0 + L;
+        const float u1 = rd[1] - g[1] * w0;
+        const float u2 = rd[2] - g[2] * u0;
+        const float u3 = rd[3] - g[3] * R;
+        const float w3 = g[3] * u3 + R;
+        const float u4 = rd[4] - g[4] * w3;
+        const float u5 = rd[5] - g[5] * u3;
+        buf[(writePos_ - uint32_t(diffPos_[0])) & mask] = w0 + g[1] * u1;
+        buf[(writePos_ - uint32_t(diffPos_[1])) & mask] = u0 + g[2] * u2;
+        buf[(writePos_ - uint32_t(diffPos_[2])) & mask] = u1;
+        buf[(writePos_ - uint32_t(diffPos_[3])) & mask] = w3 + g[4] * u4;
+        buf[(writePos_ - uint32_t(diffPos_[4])) & mask] = u3 + g[5] * u5;
+        buf[(writePos_ - uint32_t(diffPos_[5])) & mask] = u4;
+
+        outLeft[n] = -u2 * 0.11785113f;
+        outRight[n] = -u5 * 0.11785113f;
+        ++writePos_;
+        antiDenormal_ = -antiDenormal_;
+    }
+    _mm_store_ps(walk1_, walk1);
+    _mm_store_ps(walk2_, walk2);
+
+    const uint32_t u = random2_ * 0x323785AFu - 0x35F2CFD7u;
+    random1_ = (2u * random1_) | (u >> 31);
+    random2_ = (2u * u) | (random1_ >> 31);
+    level_ *= std::pow(gainTarget_[0], 64.0f / float(lineDelay_[0]));
+}
+
+}  // namespace engine
