@@ -1,0 +1,22 @@
+// The script evaluator: one recursive-descent walk over the source text that
+// evaluates as it goes. There is no syntax tree and no cache; loops re-read
+// their text, and what is not to run is walked in dry mode, which checks the
+// syntax and touches nothing.
+#pragma once
+
+#include "quol/Frame.h"
+#include "quol/Value.h"
+
+namespace Quol {
+
+// Evaluates source, which must be one optional expression (as a rule a block
+// in braces), in frame, and gives its value. Failures throw Exception with
+// the fault position added.
+Value evaluate(Frame& frame, const Value& source);
+
+// How deeply expressions may nest on one thread, across calls, before the
+// evaluator refuses to go deeper ("Expression nesting too deep"). It keeps
+// the native stack safe from text such as a hundred thousand parentheses.
+constexpr int kMaxNesting = 3000;
+
+}  // namespace Quol
