@@ -1,0 +1,147 @@
+// The object a host creates: it owns the sound engine, the sixteen program
+// slots, the MIDI configuration and the queues between the interface threads
+// and the audio thread. It cuts the host's free-sized blocks into the
+// engine's 64-sample blocks, with a constant delay of 64 samples, and hands
+// the engine the events due in each block. Nothing on the audio path waits on
+// a lock: records cross in VersionedCells, events in EventRings.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+
+#include "engine/EventRing.h"
+#include "engine/RenderInterface.h"
+#include "engine/TimedEvent.h"
+#include "engine/VersionedCell.h"
+#include "engine/VisualState.h"
+#include "patch/MidiConfigRecord.h"
+#include "patch/NorvelleProgram.h"
+#include "plugin/AudioEffectX.h"
+
+class Jingle;
+
+class PluginCore : public AudioEffectX {
+public:
+    static constexpr int BLOCK = RenderInterface::BLOCK;
+    static constexpr int PROGRAM_COUNT = 16;
+    static constexpr int PARAMETER_COUNT = 21;
+    static constexpr int PENDING_CAPACITY = 4096;
+    static constexpr int OUTPUT_COUNT = 2;
+    // Up to this many events go on from a jingle that stops.
+    static constexpr int JINGLE_HANDOFF = 256;
+
+    // With no engine given, the plug-in's own SoundEngine.
+    explicit PluginCore(audioMasterCallback audioMaster, std::unique_ptr<RenderInterface> engine = nullptr);
+    ~PluginCore() override;
+
+    // Host operations.
+    void suspend() override;
+    void resume() override;
+    void setSampleRate(float rate) override;
+    void setBlockSize(VstInt32 size) override;
+    void processReplacing(float** inputs, float** outputs, VstInt32 sampleFrames) override;
+    void process(float** inputs, float** outputs, VstInt32 sampleFrames) override;
+    void setProgram(VstInt32 program) override;
+    VstInt32 getProgram() override { return currentProgram_.load(); }
+    void setProgramName(char* name) override;
+    void getProgramName(char* name) override;
+
+    // Audio thread: one host block of frames samples into outputs[0] and
+    // outputs[1], added to what is there when accumulate.
+    void renderBlock(float** outputs, int32_t frames, bool accumulate);
+    // Audio thread: the engine starts again at the host's sample rate.
+    void prepareEngine();
+
+    // Audio thread: a MIDI event from the host for the next host call, time
+    // relative to its start. Dropped (false) when the pending queue is full.
+    // Runs a reset that is due first, as any audio call does.
+    bool queueHostEvent(const TimedEvent& event);
+    // Any thread: an event played into the next host call, at the time given
+    // relative to its start. Throws Kvx::xCircularFIFOOverrun when full.
+    void injectEvent(const TimedEvent& event);
+
+    // A MIDI program change: the switch of setProgram, with the whole program
+    // to be shown again.
+    void programChangeFromMidi(int program);
+    // Looks at the name of the current program: the jingle starts or stops.
+    void programEntered();
+    // The end of construction, once the slots are filled.
+    void finishConstruction() { programEntered(); }
+
+    VersionedCell<NorvelleProgram>& programSlot(int i) { return programs_[i]; }
+    VersionedCell<NorvelleProgram>& previewSlot() { return preview_; }
+    VersionedCell<MidiConfigRecord>& midiConfig() { return midiConfig_; }
+    VersionedCell<VisualState>& visualState() { return visualState_; }
+    void setPreviewing(bool on) { previewing_.store(on); }
+    bool previewing() const { return previewing_.load(); }
+
+    int32_t currentProgram() const { return currentProgram_.load(); }
+    int32_t previousProgram() const { return previousProgram_.load(); }
+    int32_t revision() const { return revision_.load(); }
+    // 0 nothing, 1 parameters changed, 2 the whole program changed; the
+    // editor's idle takes it with an exchange.
+    std::atomic<int32_t>& guiRefresh() { return guiRefresh_; }
+    std::atomic<int32_t>& learnTarget() { return learnTarget_; }
+    EventRing<int32_t, 256>& triggerRing() { return triggerRing_; }
+
+    // For tests and diagnostics.
+    bool needsReset() const { return needsReset_.load(); }
+    bool resumed() const { return resumed_.load(); }
+    bool blockSilent() const { return blockSilent_; }
+    bool engineSilent() const { return engineSilent_; }
+    int32_t stagingPos() const { return stagingPos_; }
+    int32_t pendingCount() const { return pendingCount_; }
+    const TimedEvent& pendingEvent(int i) const { return pending_[i]; }
+    int32_t blockClock() const { return blockClock_; }
+    int32_t hostClock() const { return hostClock_; }
+    bool hasJingle() const { return jingle_.load() != nullptr; }
+    RenderInterface& engine() { return *engine_; }
+    // Fixes the noise seed instead of taking it from the clock (offline renders).
+    void fixNoiseSeed(uint32_t seed) {
+        fixedSeed_ = seed;
+        seedFixed_ = true;
+    }
+
+private:
+    void switchProgram(int program, bool fromMidi);
+    void sendMidiOut(const TimedEvent* events, int count);
+    void sortPending();
+    uint32_t noiseSeed() const;
+
+    std::atomic<float> rate_{44100.0f};
+    std::atomic<bool> needsReset_{false};
+    std::atomic<bool> resumed_{false};
+    bool blockSilent_ = true;
+    alignas(16) float staging_[OUTPUT_COUNT][BLOCK] = {};
+    int32_t stagingPos_ = BLOCK;
+    bool engineSilent_ = true;
+    std::atomic<int32_t> currentProgram_{0};
+    std::atomic<int32_t> previousProgram_{0};
+    VersionedCell<NorvelleProgram> programs_[PROGRAM_COUNT];
+    VersionedCell<NorvelleProgram> preview_;
+    std::atomic<bool> previewing_{false};
+    VersionedCell<MidiConfigRecord> midiConfig_;
+    std::atomic<int32_t> learnTarget_{-1};
+    std::unique_ptr<RenderInterface> engine_;
+    VersionedCell<VisualState> visualState_;
+    int32_t pendingCount_ = 0;
+    TimedEvent pending_[PENDING_CAPACITY];
+    TimedEvent sortScratch_[PENDING_CAPACITY];
+    EventRing<TimedEvent, PENDING_CAPACITY> eventRing_;
+    int32_t blockClock_ = 0;
+    int32_t hostClock_ = 0;
+    EventRing<int32_t, 256> triggerRing_;
+    std::atomic<int32_t> revision_{0};
+    std::atomic<int32_t> guiRefresh_{0};
+    // The MIDI-out block: a header with PENDING_CAPACITY pointers, and the events.
+    std::unique_ptr<VstIntPtr[]> outgoingBlock_;
+    std::unique_ptr<VstMidiEvent[]> outgoingEvents_;
+    VstEvents* outgoing_ = nullptr;
+    // The jingle is made and ended on whichever thread enters a program; the
+    // audio thread marks the time it uses it, and an ending waits for that.
+    std::atomic<Jingle*> jingle_{nullptr};
+    std::atomic<int> jingleInUse_{0};
+    uint32_t fixedSeed_ = 1;
+    bool seedFixed_ = false;
+};

@@ -1,0 +1,185 @@
+// The binary interface between a VST 2 host and a plug-in, declared from the
+// public knowledge of its layout: the effect record, the two callback
+// directions with their opcodes, and the event blocks. Only what this
+// plug-in uses or answers is named.
+#pragma once
+
+#include <cstdint>
+
+#if defined(_WIN32) && !defined(_WIN64)
+#define VST_CALL __cdecl
+#else
+#define VST_CALL
+#endif
+
+struct AEffect;
+
+using VstIntPtr = intptr_t;
+using VstInt32 = int32_t;
+
+// Host -> plug-in.
+using AEffectDispatcherProc = VstIntPtr(VST_CALL*)(AEffect* effect, VstInt32 opcode, VstInt32 index,
+                                                   VstIntPtr value, void* ptr, float opt);
+using AEffectProcessProc = void(VST_CALL*)(AEffect* effect, float** inputs, float** outputs,
+                                           VstInt32 sampleFrames);
+using AEffectProcessDoubleProc = void(VST_CALL*)(AEffect* effect, double** inputs, double** outputs,
+                                                 VstInt32 sampleFrames);
+using AEffectSetParameterProc = void(VST_CALL*)(AEffect* effect, VstInt32 index, float parameter);
+using AEffectGetParameterProc = float(VST_CALL*)(AEffect* effect, VstInt32 index);
+
+// Plug-in -> host.
+using audioMasterCallback = VstIntPtr(VST_CALL*)(AEffect* effect, VstInt32 opcode, VstInt32 index,
+                                                 VstIntPtr value, void* ptr, float opt);
+
+constexpr VstInt32 kEffectMagic = ('V' << 24) | ('s' << 16) | ('t' << 8) | 'P';
+
+struct AEffect {
+    VstInt32 magic;
+    AEffectDispatcherProc dispatcher;
+    AEffectProcessProc process;  // accumulating; old hosts only
+    AEffectSetParameterProc setParameter;
+    AEffectGetParameterProc getParameter;
+    VstInt32 numPrograms;
+    VstInt32 numParams;
+    VstInt32 numInputs;
+    VstInt32 numOutputs;
+    VstInt32 flags;
+    VstIntPtr resvd1;
+    VstIntPtr resvd2;
+    VstInt32 initialDelay;
+    VstInt32 realQualities;
+    VstInt32 offQualities;
+    float ioRatio;
+    void* object;  // the plug-in object
+    void* user;
+    VstInt32 uniqueID;
+    VstInt32 version;
+    AEffectProcessProc processReplacing;
+    AEffectProcessDoubleProc processDoubleReplacing;
+    char future[56];
+};
+
+enum AEffectFlags : VstInt32 {
+    effFlagsHasEditor = 1 << 0,
+    effFlagsCanReplacing = 1 << 4,
+    effFlagsProgramChunks = 1 << 5,
+    effFlagsIsSynth = 1 << 8,
+    effFlagsNoSoundInStop = 1 << 9,
+};
+
+// Dispatcher opcodes.
+enum AEffectOpcodes : VstInt32 {
+    effOpen = 0,
+    effClose = 1,
+    effSetProgram = 2,
+    effGetProgram = 3,
+    effSetProgramName = 4,
+    effGetProgramName = 5,
+    effGetParamLabel = 6,
+    effGetParamDisplay = 7,
+    effGetParamName = 8,
+    effSetSampleRate = 10,
+    effSetBlockSize = 11,
+    effMainsChanged = 12,
+    effEditGetRect = 13,
+    effEditOpen = 14,
+    effEditClose = 15,
+    effEditIdle = 19,
+    effGetChunk = 23,
+    effSetChunk = 24,
+    // From here on the extended set.
+    effProcessEvents = 25,
+    effCanBeAutomated = 26,
+    effString2Parameter = 27,
+    effGetProgramNameIndexed = 29,
+    effGetInputProperties = 33,
+    effGetOutputProperties = 34,
+    effGetPlugCategory = 35,
+    effSetSpeakerArrangement = 42,
+    effGetEffectName = 45,
+    effGetVendorString = 47,
+    effGetProductString = 48,
+    effGetVendorVersion = 49,
+    effVendorSpecific = 50,
+    effCanDo = 51,
+    effGetTailSize = 52,
+    effGetParameterProperties = 56,
+    effGetVstVersion = 58,
+    effEditKeyDown = 59,
+    effEditKeyUp = 60,
+    effSetEditKnobMode = 61,
+    effStartProcess = 71,
+    effStopProcess = 72,
+    effSetProcessPrecision = 77,
+    effGetNumMidiInputChannels = 78,
+    effGetNumMidiOutputChannels = 79,
+};
+
+// Host callback opcodes.
+enum AudioMasterOpcodes : VstInt32 {
+    audioMasterAutomate = 0,
+    audioMasterVersion = 1,
+    audioMasterCurrentId = 2,
+    audioMasterIdle = 3,
+    audioMasterWantMidi = 6,
+    audioMasterGetTime = 7,
+    audioMasterProcessEvents = 8,
+    audioMasterIOChanged = 13,
+    audioMasterSizeWindow = 15,
+    audioMasterGetSampleRate = 16,
+    audioMasterGetBlockSize = 17,
+    audioMasterGetInputLatency = 18,
+    audioMasterGetOutputLatency = 19,
+    audioMasterGetCurrentProcessLevel = 23,
+    audioMasterGetAutomationState = 24,
+    audioMasterGetVendorString = 32,
+    audioMasterGetProductString = 33,
+    audioMasterGetVendorVersion = 34,
+    audioMasterCanDo = 37,
+    audioMasterUpdateDisplay = 42,
+    audioMasterBeginEdit = 43,
+    audioMasterEndEdit = 44,
+};
+
+// String limits of the interface, terminating zero included.
+constexpr int kVstMaxProgNameLen = 24;
+constexpr int kVstMaxParamStrLen = 8;
+constexpr int kVstMaxEffectNameLen = 32;
+constexpr int kVstMaxVendorStrLen = 64;
+constexpr int kVstMaxProductStrLen = 64;
+
+enum VstEventTypes : VstInt32 { kVstMidiType = 1, kVstSysExType = 6 };
+
+// The common head of every event.
+struct VstEvent {
+    VstInt32 type;
+    VstInt32 byteSize;  // bytes after type and byteSize
+    VstInt32 deltaFrames;
+    VstInt32 flags;
+    char data[16];
+};
+
+struct VstMidiEvent {
+    VstInt32 type;       // kVstMidiType
+    VstInt32 byteSize;   // 24
+    VstInt32 deltaFrames;
+    VstInt32 flags;
+    VstInt32 noteLength;
+    VstInt32 noteOffset;
+    char midiData[4];
+    char detune;
+    char noteOffVelocity;
+    char reserved1;
+    char reserved2;
+};
+
+// A block of events; the array runs on past its declared two entries.
+struct VstEvents {
+    VstInt32 numEvents;
+    VstIntPtr reserved;
+    VstEvent* events[2];
+};
+
+static_assert(sizeof(VstMidiEvent) == 32, "MIDI event layout");
+static_assert(sizeof(VstEvent) == 32, "event layout");
+static_assert(sizeof(AEffect) == (sizeof(void*) == 8 ? 192 : 144), "effect record layout");
