@@ -56,7 +56,10 @@ void RadialRampMask::render(int x, int y, int length, MaskSpanOutput& out) {
     const double rf = std::floor(c + w);
     const int left = lf <= 0 ? 0 : (lf >= length ? length : int(lf));
     int right = rf >= length ? length : (rf <= 0 ? 0 : int(rf));
-    if (right < left) right = left;
+    if (right <= left) {
+        out.putSolid(length, 0, false);
+        return;
+    }
     if (left > 0) out.putSolid(left, 0, false);
     if (right > left) {
         const unsigned char* tab = table();
