@@ -25,6 +25,9 @@ void readFromMemory(png_structp png, png_bytep out, png_size_t count) {
 
 void silentWarning(png_structp, png_const_charp) {}
 
+// Errors end the read through the jump buffer, without printing.
+void silentError(png_structp png, png_const_charp) { png_longjmp(png, 1); }
+
 enum Outcome { DECODED, INIT_FAILED, INVALID, UNSUPPORTED };
 
 // Plain C state only: longjmp skips destructors.
@@ -38,7 +41,7 @@ struct RawImage {
 
 Outcome readRaw(const std::uint8_t* data, std::size_t size, double gamma, RawImage* image) {
     image->pixels = nullptr;
-    png_structp png = png_create_read_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, silentWarning);
+    png_structp png = png_create_read_struct(PNG_LIBPNG_VER_STRING, nullptr, silentError, silentWarning);
     if (png == nullptr) return INIT_FAILED;
     png_infop info = png_create_info_struct(png);
     if (info == nullptr) {
@@ -182,7 +185,7 @@ void writeToVector(png_structp png, png_bytep data, png_size_t count) {
 void flushNothing(png_structp) {}
 
 bool writeRaw(const std::uint8_t* rgba, int width, int height, std::vector<std::uint8_t>* out) {
-    png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, silentWarning);
+    png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, silentError, silentWarning);
     if (png == nullptr) return false;
     png_infop info = png_create_info_struct(png);
     if (info == nullptr) {
