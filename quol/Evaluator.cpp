@@ -13,15 +13,33 @@ namespace Quol {
 
 namespace {
 
+// The evaluator recurses once per nested term. Two limits keep that recursion
+// off the end of the native stack: a count of nested expressions, and the
+// bytes of stack used since the outermost expression of this thread.
+#if defined(__SANITIZE_ADDRESS__)
+#define QUOL_LARGE_FRAMES 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define QUOL_LARGE_FRAMES 1
+#endif
+#endif
+#ifdef QUOL_LARGE_FRAMES
+constexpr std::size_t kStackBudget = 5u << 20;  // instrumented frames are several times larger
+#else
+constexpr std::size_t kStackBudget = 640u << 10;  // leaves room on a 1 MiB thread stack
+#endif
+
 thread_local int nesting = 0;
+thread_local std::uintptr_t stackBase = 0;
 
 class NestingGuard {
 public:
     NestingGuard() {
-        if (++nesting > kMaxNesting) {
-            --nesting;
-            fail("Expression nesting too deep");
-        }
+        const auto here = reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
+        if (nesting == 0) stackBase = here;
+        const std::uintptr_t used = stackBase > here ? stackBase - here : here - stackBase;
+        if (nesting >= kMaxNesting || used > kStackBudget) fail("Expression nesting too deep");
+        ++nesting;
     }
     ~NestingGuard() { --nesting; }
     NestingGuard(const NestingGuard&) = delete;

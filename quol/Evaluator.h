@@ -15,8 +15,10 @@ namespace Quol {
 Value evaluate(Frame& frame, const Value& source);
 
 // How deeply expressions may nest on one thread, across calls, before the
-// evaluator refuses to go deeper ("Expression nesting too deep"). It keeps
-// the native stack safe from text such as a hundred thousand parentheses.
+// evaluator refuses to go deeper with "Expression nesting too deep". A
+// budget of native stack bytes, counted from the outermost expression,
+// applies as well. Together they keep text such as a hundred thousand
+// parentheses from overflowing the stack, while 199 nested script calls fit.
 constexpr int kMaxNesting = 3000;
 
 }  // namespace Quol
