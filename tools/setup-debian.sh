@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs the Debian packages a task needs, only those missing.
-#   tools/setup-debian.sh build|fuzz|cross|host ...
+#   tools/setup-debian.sh build|fuzz|cross|tools ...
 # "build" is what building and testing need; the others add to it.
 set -euo pipefail
 
@@ -17,7 +17,9 @@ packages_for() {
 
 wanted=()
 for group in "$@"; do
-  for p in $(packages_for "$group"); do wanted+=("$p"); done
+  # An unknown group stops the script (a failure inside $(...) alone would not).
+  list=$(packages_for "$group") || exit 1
+  for p in $list; do wanted+=("$p"); done
 done
 
 missing=()
