@@ -93,6 +93,24 @@ TEST(BranchDecoder, MutatesAlongItsOwnRowThenDecodes) {
     }
 }
 
+TEST(BranchDecoder, TheRecordsImplementationReachesTheMutation) {
+    // Implementations up to 3 pull fm_amt towards the middle as the branch grows
+    // (below the middle of Atonality); later ones don't. The decoder itself has no
+    // case by implementation: it hands the record's on.
+    NorvelleProgram record = sampleRecord();
+    record.genes[Gene::fm_amt] = 0.9f;
+    record.implementation = 3;
+    record.computeBranchDeviations();
+    record.touch(false);
+    BranchDecoder decoder(1);
+    decoder.update(record, 1.0f, 0.0f, 0.0f, 44100.0f);
+    float expected[MUTABLE_GENE_COUNT];
+    mutateGenes(record.genes, record.branchDeviations[1], 1.0f, 0.0f, 3, expected);
+    EXPECT_EQ(decoder.genes()[Gene::fm_amt], expected[Gene::fm_amt]);
+    mutateGenes(record.genes, record.branchDeviations[1], 1.0f, 0.0f, 10, expected);
+    EXPECT_NE(decoder.genes()[Gene::fm_amt], expected[Gene::fm_amt]);
+}
+
 TEST(BranchDecoder, ZeroLengthAtMiddleAtonalityIsThePlainGenome) {
     // Length 0: every strength is 0 and Atonality 0.5 pulls nothing, so the fold
     // hands back the genome itself (up to the fold's own rounding) on every branch.

@@ -16,6 +16,8 @@ namespace {
 using engine::BranchParams;
 using engine::decodeGenes;
 
+constexpr double kPi = 3.14159265358979323846;
+
 std::vector<float> genome(float value = 0.5f) { return std::vector<float>(MUTABLE_GENE_COUNT, value); }
 
 BranchParams decode(const std::vector<float>& genes, float rate = 44100.0f, float fxSize = 0.5f,
@@ -301,12 +303,12 @@ TEST(Decoding, NoiseColourAndLevel) {
     BranchParams p = decode(g);
     const double c = 50.0 / 44100.0;
     // 1 - exp(-x) in float keeps the absolute precision of 1: half a unit of 1's last place.
-    EXPECT_NEAR(p.aNoiseCoef, 1.0 - std::exp(-2.0 * M_PI * c), 6e-8);
+    EXPECT_NEAR(p.aNoiseCoef, 1.0 - std::exp(-2.0 * kPi * c), 6e-8);
     EXPECT_CLOSE(p.aNoiseGain, std::sqrt(0.5 / c) * std::sqrt(0.875));
     g[Gene::a_color] = 1.0f;
-    EXPECT_NEAR(decode(g).aNoiseCoef, 1.0 - std::exp(-2.0 * M_PI * 20000.0 / 44100.0), 2e-7);
+    EXPECT_NEAR(decode(g).aNoiseCoef, 1.0 - std::exp(-2.0 * kPi * 20000.0 / 44100.0), 2e-7);
     // At a low rate the corner stops at half the rate.
-    EXPECT_NEAR(decode(g, 8000.0f).aNoiseCoef, 1.0 - std::exp(-M_PI), 2e-7);
+    EXPECT_NEAR(decode(g, 8000.0f).aNoiseCoef, 1.0 - std::exp(-kPi), 2e-7);
 }
 
 TEST(Decoding, OscillatorASpansThreeOctavesEachWay) {
