@@ -24,11 +24,23 @@ public:
     EOFException() : Exception("End of file error") {}
 };
 
-// Data of the wrong form.
+// Data of the wrong form: "Invalid data format", alone or with its cause.
 class FormatException : public Exception {
 public:
+    enum class Cause { invalidProjectCode, dataIntegrityCheckFailed, unsupportedVersion };
+
     FormatException() : Exception("Invalid data format") {}
+    explicit FormatException(Cause cause) : Exception(messageFor(cause)) {}
     explicit FormatException(std::string message) : Exception(std::move(message)) {}
+
+    static const char* messageFor(Cause cause) {
+        switch (cause) {
+        case Cause::invalidProjectCode: return "Invalid data format (invalid project code)";
+        case Cause::dataIntegrityCheckFailed: return "Invalid data format (data integrity check failed)";
+        case Cause::unsupportedVersion: return "Invalid data format (unsupported version)";
+        }
+        return "Invalid data format";
+    }
 };
 
 // A dialog was cancelled. Never shown: the alert boundary drops it.
@@ -52,7 +64,8 @@ private:
     std::string message_;
 };
 
-// An exception whose message comes from the string catalogue.
+// An exception whose message is a key of the string catalogue: what() gives
+// the key, and the interface shows the catalogue's text for it.
 class xExceptionWithRCString : public xException {
 public:
     using xException::xException;

@@ -58,6 +58,19 @@ TEST(ExceptionMessages, PlainClassesCarryTheirFixedTexts) {
     EXPECT_STREQ(Exception("Could not load text resource").what(), "Could not load text resource");
 }
 
+TEST(ExceptionMessages, FormatFailuresNameTheirCause) {
+    using Cause = FormatException::Cause;
+    EXPECT_STREQ(FormatException(Cause::invalidProjectCode).what(), "Invalid data format (invalid project code)");
+    EXPECT_STREQ(FormatException(Cause::dataIntegrityCheckFailed).what(),
+                 "Invalid data format (data integrity check failed)");
+    EXPECT_STREQ(FormatException(Cause::unsupportedVersion).what(), "Invalid data format (unsupported version)");
+    try {
+        throw FormatException(Cause::unsupportedVersion);
+    } catch (const Exception& e) {
+        EXPECT_STREQ(e.what(), "Invalid data format (unsupported version)");
+    }
+}
+
 TEST(ExceptionMessages, TreeClassesCarryTheirFixedTexts) {
     EXPECT_STREQ(Kvx::xRegistryKeyNotOfExpectedType().what(), "Registry key is not of expected type");
     EXPECT_STREQ(xGlobalMutexEnterTimedOut().what(), "Time out when aquiring access to a shared resource");
