@@ -26,12 +26,13 @@ int runInspect(const std::vector<std::string>& args) {
     if (options.positional().size() > 1) throw UsageError("give at most one patch file");
     const std::string file = options.positional().empty() ? std::string() : options.positional()[0];
 
-    const double rate = options.has("rate") ? parseReal("rate", options.value("rate")) : 44100.0;
-    if (!(rate > 0.0) || !std::isfinite(static_cast<float>(rate)))
+    const float rate =
+        options.has("rate") ? static_cast<float>(parseReal("rate", options.value("rate"))) : 44100.0f;
+    if (!(rate > 0.0f) || !std::isfinite(rate))
         throw UsageError("option '--rate' needs a sample rate above 0, not '" + options.value("rate") + "'");
 
     const NorvelleProgram record = buildRecord(options, file);
-    std::fputs(inspectJson(record, static_cast<float>(rate)).c_str(), stdout);
+    std::fputs(inspectJson(record, rate).c_str(), stdout);
     return 0;
 }
 

@@ -331,6 +331,7 @@ TEST(Inspect, UnknownNamesAndBadValuesAreClearErrors) {
     usageError({"--implementation", "-1"}, "from 0 to 10");
     EXPECT_THROW(inspect({"--rate", "0"}), cli::UsageError);
     EXPECT_THROW(inspect({"--rate", "-44100"}), cli::UsageError);
+    EXPECT_THROW(inspect({"--rate", "1e-50"}), cli::UsageError);  // no rate left in 32 bits
     EXPECT_THROW(inspect({"a.tdrn", "b.tdrn"}), cli::UsageError);
     EXPECT_THROW(inspect({"--bogus"}), cli::UsageError);
 }
