@@ -31,6 +31,7 @@ constexpr std::size_t kStackBudget = 640u << 10;  // leaves room on a 1 MiB thre
 
 thread_local int nesting = 0;
 thread_local std::uintptr_t stackBase = 0;
+thread_local unsigned long long* stepsLeft = nullptr;
 
 class NestingGuard {
 public:
@@ -39,6 +40,10 @@ public:
         if (nesting == 0) stackBase = here;
         const std::uintptr_t used = stackBase > here ? stackBase - here : here - stackBase;
         if (nesting >= kMaxNesting || used > kStackBudget) fail("Expression nesting too deep");
+        if (stepsLeft) {
+            if (*stepsLeft == 0) fail("Step limit exceeded");
+            --*stepsLeft;
+        }
         ++nesting;
     }
     ~NestingGuard() { --nesting; }
@@ -775,6 +780,9 @@ private:
 };
 
 }  // namespace
+
+StepLimit::StepLimit(unsigned long long steps) : left_(steps) { stepsLeft = &left_; }
+StepLimit::~StepLimit() { stepsLeft = nullptr; }
 
 Value evaluate(Frame& frame, const Value& source) {
     Evaluator evaluator(frame, source);

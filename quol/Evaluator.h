@@ -21,4 +21,18 @@ Value evaluate(Frame& frame, const Value& source);
 // parentheses from overflowing the stack, while 199 nested script calls fit.
 constexpr int kMaxNesting = 3000;
 
+// While it lives, limits the expressions this thread may evaluate: after
+// `steps` of them every further one fails with "Step limit exceeded". For
+// text that may never end, such as fuzzed input. Limits do not nest.
+class StepLimit {
+public:
+    explicit StepLimit(unsigned long long steps);
+    ~StepLimit();
+    StepLimit(const StepLimit&) = delete;
+    StepLimit& operator=(const StepLimit&) = delete;
+
+private:
+    unsigned long long left_;
+};
+
 }  // namespace Quol

@@ -3,6 +3,8 @@
 #include <cstring>
 #include <new>
 
+#include "quol/Exception.h"
+
 namespace Quol {
 
 // One allocation holds the header and up to kInlineBytes of text. A longer
@@ -77,6 +79,12 @@ void giveBlock(Value::Block* b) {
     ++pool.freeCount;
 }
 
+thread_local std::size_t sizeLimit = 64u << 20;
+
+void checkSize(std::size_t size) {
+    if (size > sizeLimit) fail("Text too long");
+}
+
 // A block with room for at least `capacity` bytes.
 Value::Block* blockFor(std::size_t capacity) {
     Value::Block* b = takeBlock();
@@ -94,6 +102,9 @@ Value::Block* blockFor(std::size_t capacity) {
 
 }  // namespace
 
+std::size_t maxValueSize() { return sizeLimit; }
+void setMaxValueSize(std::size_t bytes) { sizeLimit = bytes; }
+
 ValuePoolStats valuePoolStats() {
     if (poolGone) return {0, 0};
     return {pool.inUse, pool.freeCount};
@@ -101,6 +112,7 @@ ValuePoolStats valuePoolStats() {
 
 Value::Value(std::string_view text) {
     if (text.empty()) return;
+    checkSize(text.size());
     block_ = blockFor(text.size());
     std::memcpy(block_->text, text.data(), text.size());
     data_ = block_->text;
@@ -111,6 +123,7 @@ Value Value::joined(std::string_view a, std::string_view b, std::string_view c) 
     Value v;
     const std::size_t n = a.size() + b.size() + c.size();
     if (n == 0) return v;
+    checkSize(n);
     v.block_ = blockFor(n);
     char* out = v.block_->text;
     if (!a.empty()) std::memcpy(out, a.data(), a.size());
@@ -185,6 +198,8 @@ Value Value::substr(std::size_t pos, std::size_t count) const noexcept {
 void Value::append(std::string_view text) {
     if (text.empty()) return;
     const std::size_t n = text.size();
+    const std::size_t needed = size_ + n;
+    checkSize(needed);
     // Sole owner with room behind our end: whatever lies there is no longer
     // visible to anyone, so the text can be written in place.
     if (block_ && block_->refs == 1) {
@@ -195,7 +210,6 @@ void Value::append(std::string_view text) {
             return;
         }
     }
-    const std::size_t needed = size_ + n;
     std::size_t capacity = needed;
     if (needed > kInlineBytes) capacity = needed + (needed < kGrowthStep ? needed : kGrowthStep);
     Block* b = blockFor(capacity);

@@ -82,6 +82,11 @@ private:
     static const char* emptyText() noexcept { return ""; }
 };
 
+// The longest value this thread may build; a longer one fails with the
+// script failure "Text too long". 64 MiB unless set otherwise.
+std::size_t maxValueSize();
+void setMaxValueSize(std::size_t bytes);
+
 // Pool statistics for tests and benchmarks: blocks handed out and blocks
 // waiting in this thread's free list.
 struct ValuePoolStats {

@@ -141,3 +141,19 @@ TEST_F(EvaluatorTest, OnlyScriptFailuresLeaveTheEvaluator) {
     EXPECT_EQ(failure("unescape('x')"), "Invalid string literal: 'x'");
     EXPECT_EQ(failure("\"abc"), "Unterminated string");
 }
+
+TEST_F(EvaluatorTest, AStepLimitEndsEndlessLoops) {
+    Quol::StepLimit limit(10000);
+    EXPECT_EQ(failure("{ for (;true;) 1 }"), "Step limit exceeded");
+    // Once spent, nothing more runs, not even inside try.
+    EXPECT_EQ(failure("try(> 1)"), "Step limit exceeded");
+}
+
+TEST_F(EvaluatorTest, TextsHaveAMaximumLength) {
+    const std::size_t saved = Quol::maxValueSize();
+    Quol::setMaxValueSize(1000);
+    EXPECT_EQ(failure("{ s = 'x'; for (;true;) s #= s }"), "Text too long");
+    EXPECT_EQ(failure("{ s = 'x'; for (;true;) s = s # s }"), "Text too long");
+    EXPECT_EQ(run("{ s = 'x'; for (i = 0; i < 9; ++i) s #= s; length(s) }"), "512");
+    Quol::setMaxValueSize(saved);
+}
