@@ -7,6 +7,7 @@
 #include "patch/NorvelleProgram.h"
 
 SoundEngine::SoundEngine() {
+    for (int k = 0; k < VisualState::BRANCHES; ++k) decoders_[k].setBranch(k);
     for (int i = 0; i < VOICE_COUNT; ++i) {
         voices_[i].setRates(&rates_);
         attachVoice(i, &voices_[i]);
@@ -23,6 +24,9 @@ void SoundEngine::init(float sampleRate, uint32_t seed) {
     std::memset(busLeft_, 0, sizeof busLeft_);
     std::memset(busRight_, 0, sizeof busRight_);
     std::memset(busSend_, 0, sizeof busSend_);
+    output_.init(sampleRate);
+    reverb_.seed(seed);
+    if (reverb_.hasSize()) reverb_.resize(sampleRate, (reverb_.size() - 0.1f) / 4.9f, true);
     seedKnown_ = false;
     outGain_ = 0.0f;
     rotationSteps_ = 0;
@@ -154,12 +158,42 @@ void SoundEngine::render(const NorvelleProgram& program, const MidiConfigRecord&
     block.send = busSend_;
     block.silent = &silentFlag;
     block.sendSilent = &sendSilent_;
+    block.decoders = decoders_;
+    block.manager = this;
     for (auto& v : voices_) {
         v.render(block);
         displayLevel(v);
     }
 
-    // The buses go out as they are until the reverb and output stage are in.
+    reverbBlock(program, releaseSec, silentFlag);
+    output_.process(busLeft_, busRight_, silentFlag, outGain_ * 0.2f);
+    const float clip = 2.0f * output_.meter();
+    visual_.clip = clip < 0.0f ? 0.0f : (clip > 1.0f ? 1.0f : clip);
     std::memcpy(left, busLeft_, sizeof busLeft_);
     std::memcpy(right, busRight_, sizeof busRight_);
+}
+
+void SoundEngine::reverbBlock(const NorvelleProgram& program, float releaseSec, bool& silentFlag) {
+    const float wetIn = (!silentFlag && !sendSilent_) ? 1.0f : 0.0f;
+    float T = 1.0f, D = 0.0f, C = 1.0f;
+    const int branch = visual_.lastBranch;
+    if (branch >= 0) {
+        engine::BranchDecoder& d = decoders_[branch];
+        d.update(program, effectiveLength(program, branch), atonality_, 2.0f * effect_ - 1.0f, rates_.sampleRate);
+        T = d.params().reverbLen;
+        D = d.params().reverbDamp;
+        C = d.params().reverbChorus;
+    }
+    // Gating: with nothing held or sustained, a short release shortens the tail.
+    if (slotsInState(Held) == 0 && slotsInState(Sustained) == 0 && releaseSec < 0.25f)
+        T = 0.2f * std::exp(std::log(T / 0.2f) * releaseSec / 0.25f);
+    reverb_.resize(rates_.sampleRate, program.genes[Gene::fx_size]);
+    reverb_.process(busSend_, wetLeft_, wetRight_, wetIn, T, D, C);
+    if (reverb_.level() != 0.0f) {
+        for (int i = 0; i < BLOCK; ++i) {
+            busLeft_[i] += wetLeft_[i];
+            busRight_[i] += wetRight_[i];
+        }
+        silentFlag = false;
+    }
 }

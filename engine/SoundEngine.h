@@ -6,7 +6,10 @@
 
 #include <cstdint>
 
+#include "engine/BranchDecoder.h"
+#include "engine/ChorusReverb.h"
 #include "engine/EngineRates.h"
+#include "engine/OutputStage.h"
 #include "engine/RenderInterface.h"
 #include "engine/Voice.h"
 #include "engine/VoiceManager.h"
@@ -27,19 +30,29 @@ public:
     const Voice& voice(int i) const { return voices_[i]; }
     int rotationSteps() const { return rotationSteps_; }
     float outGain() const { return outGain_; }
+    const engine::ChorusReverb& reverb() const { return reverb_; }
+    const engine::OutputStage& outputStage() const { return output_; }
 
 private:
     void decayVisuals();
     void feedEvents(int eventCount, const TimedEvent* events);
     void displayLevel(const Voice& v);
+    // Reverb settings from the last played branch, the reverb, and its wet
+    // signal into the buses.
+    void reverbBlock(const NorvelleProgram& program, float releaseSec, bool& silentFlag);
 
     EngineRates rates_;
     Voice voices_[VOICE_COUNT];
+    engine::BranchDecoder decoders_[VisualState::BRANCHES];
+    engine::ChorusReverb reverb_;
+    engine::OutputStage output_;
     VisualState visual_;
 
     alignas(16) float busLeft_[BLOCK];
     alignas(16) float busRight_[BLOCK];
     alignas(16) float busSend_[BLOCK];
+    alignas(16) float wetLeft_[BLOCK];
+    alignas(16) float wetRight_[BLOCK];
     bool sendSilent_ = true;
 
     // The seed of the sound last heard; a different one is a new sound.

@@ -3,6 +3,24 @@
 #include <algorithm>
 #include <cmath>
 
+#include "engine/Denormal.h"
+#include "engine/EnvelopeClock.h"
+#include "engine/EnvelopeCurves.h"
+#include "engine/FrameSize.h"
+#include "engine/FrequencyModulation.h"
+#include "engine/Lfo.h"
+#include "engine/NoiseFilters.h"
+#include "engine/NoiseTable.h"
+#include "engine/OscillatorA.h"
+#include "engine/OscillatorB.h"
+#include "engine/Pan.h"
+#include "engine/Pitch.h"
+#include "engine/SampleAndHold.h"
+#include "engine/SmoothedValue.h"
+#include "engine/StateVariableFilter.h"
+#include "engine/SubOscillator.h"
+#include "engine/VoiceManager.h"
+#include "engine/WaveShape.h"
 #include "patch/MidiConfigRecord.h"
 #include "patch/NorvelleProgram.h"
 
@@ -50,13 +68,7 @@ void Voice::render(const VoiceBlock& b) {
     }
     float factor = holdRelease ? 1.0f : b.releaseCoef;
 
-    if (active && b.program && rates_) {
-        const float target = effectiveLength(*b.program, branch);
-        if (b.newSeed)
-            branchAmount = target;
-        else
-            adaptiveSmooth(branchAmount, target, rates_->slewSlow, rates_->slewFast);
-    }
+    if (active && b.program && rates_) updateBlock(b);
 
     for (int frame = 0; frame < FRAMES_PER_BLOCK; ++frame) {
         if (startAt >= 0) {
@@ -85,8 +97,56 @@ void Voice::render(const VoiceBlock& b) {
         if (!active) continue;
         renderFrame(b, frame, factor);
     }
+    // The LFO runs on for every voice that sounds or waits to, once a block.
+    if (decoder) lfoPhase = engine::advanceLfo(lfoPhase, decoder->params().lfoStep);
     // Active or with a start pending at the block start: not a silent block.
     if (b.silent) *b.silent = false;
+}
+
+void Voice::updateBlock(const VoiceBlock& b) {
+    const float target = effectiveLength(*b.program, branch);
+    if (b.newSeed)
+        branchAmount = target;
+    else
+        adaptiveSmooth(branchAmount, target, rates_->slewSlow, rates_->slewFast);
+    if (!b.decoders) return;
+    decoder = &b.decoders[branch];
+    decoder->update(*b.program, branchAmount, b.atonality, b.effectBi, rates_->sampleRate);
+    const engine::BranchParams& p = decoder->params();
+
+    pan = engine::dropTinyBits(pan);
+    aForm = engine::dropTinyBits(aForm);
+    bForm = engine::dropTinyBits(bForm);
+    aGain = engine::dropTinyBits(aGain);
+    bGain = engine::dropTinyBits(bGain);
+    subAmount = engine::dropTinyBits(subAmount);
+    volSus = engine::dropTinyBits(volSus);
+    const float panGoal = engine::panTarget(branch, b.rotation, b.effectBi, branchAmount);
+    if (b.newSeed) {
+        // A new sound: take the decoded values at once.
+        pan = panGoal;
+        aForm = p.aForm;
+        bForm = p.bForm;
+        aGain = p.aGain;
+        bGain = p.bGain;
+        subAmount = p.subAmount;
+        volSus = p.volSus;
+    } else {
+        pan += (panGoal - pan) * rates_->panSmooth;
+    }
+    controlValues(b);
+}
+
+void Voice::controlValues(const VoiceBlock& b) {
+    const engine::BranchParams& p = decoder->params();
+    const float lfo = engine::lfoValue(lfoPhase);
+    tremoloGain_ = engine::tremoloGain(lfo, p.tremolo);
+    const float wheelRange = b.midiConfig ? float(b.midiConfig->pitchWheelRange) : 0.0f;
+    const int bend = b.manager ? b.manager->channel(keyChannel & 15).pitchBend : 0;
+    const float recordPitch = b.program ? b.program->pitch : 0.0f;
+    pitch_ = engine::voicePitch(recordPitch, b.tuningOct, wheelRange, bend, p.vibrato, lfo, keyPitch);
+    keyFollow_ = engine::keyFollowFactor(pitch_, p.keyFollow);
+    outputGains_ = engine::voiceOutputGains(pan, p.dryGain, p.sendGain);
 }
 
 void Voice::startNote(const VoiceBlock& b) {
@@ -107,6 +167,12 @@ void Voice::startNote(const VoiceBlock& b) {
     const float w = (v - 1.0f) * velSens + 1.0f;
     velGain = std::exp((40.0f * w - 40.0f) * 0.115129255f);
 
+    if (b.decoders && b.program && rates_) {
+        decoder = &b.decoders[branch];
+        decoder->update(*b.program, branchAmount, b.atonality, b.effectBi, rates_->sampleRate);
+        modVelocity = engine::bias(w, decoder->params().modVelBias);
+    }
+
     releaseGain = 1.0f;
     fadeRate = 0.0f;
     holdRelease = true;
@@ -122,16 +188,90 @@ void Voice::startNote(const VoiceBlock& b) {
     for (float& n : noise) n = 0.0f;
     gainLeft = gainRight = gainSend = 0.0f;
     active = true;
+    if (decoder) {
+        // The smoothed copies and the pan start at their targets; the output
+        // gains start at 0, so the note opens through the gain ramp.
+        const engine::BranchParams& p = decoder->params();
+        pan = engine::panTarget(branch, b.rotation, b.effectBi, branchAmount);
+        aForm = p.aForm;
+        bForm = p.bForm;
+        aGain = p.aGain;
+        bGain = p.bGain;
+        subAmount = p.subAmount;
+        volSus = p.volSus;
+        controlValues(b);
+    }
 }
 
-void Voice::renderFrame(const VoiceBlock&, int, float factor) {
-    // Release and fade: an exponential release with a linear fall on top,
-    // through which kills and steals act.
-    const float g = factor * releaseGain - fadeRate;
-    if (g < 1e-5f) {
-        active = false;
-        releaseGain = 0.0f;
-    } else {
-        releaseGain = g;
+void Voice::renderFrame(const VoiceBlock& b, int frame, float factor) {
+    if (!decoder || !rates_) {
+        // No sound without a decoder; the gains still move.
+        if (!engine::stepReleaseGain(releaseGain, factor, fadeRate)) active = false;
+        return;
     }
+    using namespace engine;
+    const BranchParams& p = decoder->params();
+    const EngineRates& rates = *rates_;
+
+    // Envelope clock, release and smoothing.
+    const EnvelopeCurveChoice curves = stepEnvelopeClock(envState, envPos, susRamp, loopScale, p);
+    if (envelopeEnds(envState, volSus)) active = false;
+    if (!stepReleaseGain(releaseGain, factor, fadeRate)) active = false;
+    followValue(aForm, p.aForm, rates.valueSmooth);
+    followValue(bForm, p.bForm, rates.valueSmooth);
+    followValue(aGain, p.aGain, rates.valueSmooth);
+    followValue(bGain, p.bGain, rates.valueSmooth);
+    followValue(subAmount, p.subAmount, rates.valueSmooth);
+    followValue(volSus, p.volSus, rates.valueSmooth);
+    const float amp =
+        envelopeAmp(envPos, curves.vol, loopScale, susRamp, volSus, velGain, releaseGain, tremoloGain_);
+    stepModHold(modHold, modHoldAcc, p.modHoldRate, loopScale, envPos, curves.mod, modVelocity);
+
+    // Frequencies of this frame.
+    const float fA = std::min((p.aFreq + p.aFreqMod * modHold) * pitch_, rates.maxFreq);
+    const float fB = std::min((p.bFreq + p.bFreqMod * modHold) * pitch_, rates.maxFreq);
+    const float fc = (p.filterFreq + p.filterFreqMod * modHold) * keyFollow_;
+
+    alignas(16) float rawB[kFrameSamples], rawA[kFrameSamples];
+    alignas(16) float bn[kFrameSamples], an[kFrameSamples];
+    alignas(16) float osc[kFrameSamples], step[kFrameSamples], mix[kFrameSamples];
+    const NoiseTable& table = NoiseTable::instance();
+    table.read(random, rawB);
+    table.read(random, rawA);
+    filterBNoise(noise[0], noise[1], rawB, fB, p.bNoise, bn);
+    filterANoise(noise[2], rawA, p.aNoiseGain, p.aNoiseCoef, an);
+
+    // Oscillator B, locked to the sub-oscillator, with its noise and hold.
+    phases[1] = bPhaseFromSubPhase(phases[2]);
+    renderOscillatorB(phases[1], fB, WaveShape::make(bForm, fB), osc);
+    applySubOscillator(osc, phases[2], fB, subAmount);
+    phases[2] = advanceSubPhase(phases[2], fB);
+    for (int i = 0; i < kFrameSamples; ++i) osc[i] = osc[i] * p.bTone + bn[i];
+    sampleAndHold(osc, bHold, bHoldAcc, p.bHoldRate);
+
+    // FM into oscillator A.
+    fmSteps(osc, limitedFmDepth(p.fmDepth, p.fmDepthMod, modHold, fA, rates.maxFreq), fA, step);
+    meanStep = addMeanStep(meanStep, step, rates.stepSmooth);
+    renderOscillatorA(phases[0], step, meanStep, WaveShape::make(aForm, meanStep), mix);
+    const __m128 ga = _mm_set1_ps(aGain), gb = _mm_set1_ps(bGain);
+    for (int i = 0; i < kFrameSamples; i += 4) {
+        const __m128 m = _mm_add_ps(_mm_add_ps(_mm_mul_ps(_mm_load_ps(mix + i), ga), _mm_mul_ps(_mm_load_ps(osc + i), gb)),
+                                    _mm_load_ps(an + i));
+        _mm_store_ps(mix + i, m);
+    }
+
+    // Filters.
+    float f1, f2;
+    filterFrequencies(fc, p.filterSep, f1, f2);
+    renderFilterPair(filterLow, filterBand, filterCoefficients(f1, p.filterDamp), filterCoefficients(f2, p.filterDamp),
+                     mix, osc);
+
+    // Into the buses.
+    const int at = frame * kFrameSamples;
+    addFrameToBuses(osc, outputGains_, amp, rates.gainStep, gainLeft, gainRight, gainSend, b.left + at,
+                    b.right + at, b.send + at);
+    if (b.sendSilent && std::fabs(gainSend) >= 1e-8f) *b.sendSilent = false;
+    meanStep *= 1.0f - rates.stepSmooth;
+    lastAmp = amp;
+    lastFreq = fA;
 }

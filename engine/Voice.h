@@ -7,10 +7,13 @@
 
 #include <cstdint>
 
+#include "engine/BranchDecoder.h"
 #include "engine/EngineRates.h"
+#include "engine/VoiceOutputGains.h"
 
 class NorvelleProgram;
 struct MidiConfigRecord;
+class VoiceManager;
 
 // What the engine hands every voice for one 64-sample block.
 struct VoiceBlock {
@@ -29,6 +32,11 @@ struct VoiceBlock {
     float* send = nullptr;
     bool* silent = nullptr;
     bool* sendSilent = nullptr;
+    // The twelve decoders, by branch. Without them (a voice tested for its
+    // timing alone) a voice keeps its timing and gains but makes no sound.
+    engine::BranchDecoder* decoders = nullptr;
+    // The channels' state: pitch bend.
+    const VoiceManager* manager = nullptr;
 };
 
 class Voice {
@@ -60,6 +68,8 @@ public:
     void setRates(const EngineRates* rates) { rates_ = rates; }
 
     // Fields.
+    // The decoder of the voice's branch, from its note start on.
+    engine::BranchDecoder* decoder = nullptr;
     bool active = false;
     uint32_t lastStamp = 0;
     int branch = 0;
@@ -106,10 +116,21 @@ public:
     float volSus = 0.0f;
 
 protected:
+    // Per block while sounding: smoothing, decoding and the control values.
+    void updateBlock(const VoiceBlock& block);
+    // LFO, tremolo, pitch, key follow and output gains, from the decoded
+    // values and the smoothed pan.
+    void controlValues(const VoiceBlock& block);
     // The note start, in the frame where it falls.
     void startNote(const VoiceBlock& block);
     // One sounding frame; factor is the release factor of the frame.
     virtual void renderFrame(const VoiceBlock& block, int frame, float factor);
 
     const EngineRates* rates_;
+
+    // Control values of the current block.
+    float tremoloGain_ = 1.0f;
+    float pitch_ = 1.0f;
+    float keyFollow_ = 1.0f;
+    engine::VoiceOutputGains outputGains_;
 };
