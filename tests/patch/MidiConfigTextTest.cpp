@@ -154,3 +154,40 @@ TEST(MidiConfigTextTest, RandomConfigurationsSurviveTheirText) {
         expectSame(read, expected);
     }
 }
+
+#include "patch/MidiConfigDefaults.h"
+#include "patch/Preferences.h"
+
+namespace {
+
+class MemoryPrefs : public PreferenceBackend {
+public:
+    void lock() override {}
+    void unlock() override {}
+    std::string read() override { return value; }
+    void write(std::string_view bytes) override { value = std::string(bytes); }
+    std::string value;
+};
+
+}  // namespace
+
+TEST(MidiConfigTextTest, MadeDefaultConfigurationIsWhatNewInstancesRead) {
+    MemoryPrefs store;
+    MidiConfigRecord none = loadDefaultMidiConfig(store);
+    EXPECT_EQ(writeMidiConfig(none, false), writeMidiConfig(MidiConfigRecord(), false));
+
+    MidiConfigRecord config;
+    config.sourcePath = u"/a/b.qbmc";
+    config.pitchWheelRange = 4;
+    assignController(config, 2, 55);
+    makeMidiConfigDefault(config, store);
+    const std::string stored = Preferences::read("defaultMidiConfig", store).value_or("");
+    EXPECT_EQ(stored, writeMidiConfig(config, false));
+    EXPECT_EQ(stored.find("Path"), std::string::npos);
+    MidiConfigRecord back = loadDefaultMidiConfig(store);
+    EXPECT_EQ(back.pitchWheelRange, 4);
+    EXPECT_EQ(back.controllers[2], 55);
+
+    store.value = "damaged";
+    EXPECT_EQ(loadDefaultMidiConfig(store).pitchWheelRange, 12);
+}
