@@ -246,7 +246,11 @@ void PluginCore::renderBlock(float** outputs, int32_t frames, bool accumulate) {
 
 void PluginCore::setProgram(VstInt32 program) {
     if (program < 0 || program >= PROGRAM_COUNT) return;
-    switchProgram(program, false);
+    try {
+        switchProgram(program, false);
+    } catch (...) {
+        // Nothing crosses into the host.
+    }
 }
 
 void PluginCore::programChangeFromMidi(int program) {

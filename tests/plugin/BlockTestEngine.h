@@ -30,6 +30,8 @@ public:
     void render(const NorvelleProgram& program, const MidiConfigRecord& config, int eventCount,
                 const TimedEvent* events, float* left, float* right, bool& silentFlag) override {
         lastSeed = program.seed;
+        lastProgram = &program;
+        lastVolume = program.param(Param::Volume);
         lastOutputChannel = config.outputMidiChannel;
         int next = 0;
         silentFlag = true;
@@ -65,6 +67,8 @@ public:
     int notes = 0;
     int lastNote = -1;
     uint32_t lastSeed = 0;
+    const NorvelleProgram* lastProgram = nullptr;
+    float lastVolume = -1.0f;
     int32_t lastOutputChannel = -2;
     std::vector<Seen> seen;
 

@@ -431,6 +431,35 @@ TEST(PluginCore, TheCurrentProgramSounds) {
     EXPECT_EQ(r.engine->lastSeed, 4242u);
 }
 
+TEST(PluginCore, TheEngineReadsTheLiveRecordInPlace) {
+    Rig r;
+    r.call(128);
+    const NorvelleProgram* first = r.engine->lastProgram;
+    EXPECT_FLOAT_EQ(r.engine->lastVolume, 0.5f);
+    // One parameter changes inside the live record: no copy, no publish.
+    NorvelleProgram* live = r.core->programSlot(0).acquire();
+    live->setParam(Param::Volume, 0.9f);
+    r.core->programSlot(0).release(live);
+    r.call(64);
+    EXPECT_EQ(r.engine->lastProgram, first);
+    EXPECT_EQ(r.engine->lastProgram, live);
+    EXPECT_FLOAT_EQ(r.engine->lastVolume, 0.9f);
+    // A published record replaces it from the next block on.
+    NorvelleProgram next;
+    next.seed = 5;
+    r.core->programSlot(0).publish(next);
+    r.call(64);
+    EXPECT_NE(r.engine->lastProgram, first);
+    EXPECT_EQ(r.engine->lastSeed, 5u);
+    // Between blocks the audio thread holds nothing.
+    NorvelleProgram* held = r.core->programSlot(0).acquire();
+    r.core->programSlot(0).release(held);
+    int readers = 0;
+    for (int i = 0; i < r.core->programSlot(0).poolSize(); ++i)
+        readers += r.core->programSlot(0).stateOf(i) > 2;
+    EXPECT_EQ(readers, 0);
+}
+
 TEST(PluginCore, PreviewSoundsWithoutShowingOnThePlant) {
     Rig r;
     NorvelleProgram p;

@@ -38,6 +38,12 @@ struct Load {
 // Runs the threads around a core until the audio thread has rendered the
 // given number of host calls.
 void runLoad(PluginCore& core, Load& load, int hostCalls) {
+    std::vector<float> left(512), right(512);
+    float* outs[2] = {left.data(), right.data()};
+    // The first audio call after resume resets, dropping what the ring holds;
+    // it comes before the other threads start.
+    core.processReplacing(nullptr, outs, 0);
+
     std::thread interface([&] {
         int k = 0;
         while (!load.stop.load()) {
@@ -85,8 +91,6 @@ void runLoad(PluginCore& core, Load& load, int hostCalls) {
         }
     });
 
-    std::vector<float> left(512), right(512);
-    float* outs[2] = {left.data(), right.data()};
     for (int i = 0; i < hostCalls; ++i) {
         core.queueHostEvent(note(1, 60, i % 2 ? 0 : 90));
         core.processReplacing(nullptr, outs, 64 + (i * 37) % 449);
