@@ -12,7 +12,12 @@ struct OverRule {
     static bool neutral(Pixel s) { return s == 0; }
     static bool settles(const Span& s) { return s.opaque(); }
     static Pixel settledValue(Pixel s) { return s; }
-    static Pixel combine(Pixel s, Pixel b) { return overPixel(s, b); }
+    // Full alpha and full transparency give the formula's own results directly.
+    static Pixel combine(Pixel s, Pixel b) {
+        if (s >= 0xFF000000u) return s;
+        if (s == 0) return b;
+        return overPixel(s, b);
+    }
     static bool rawOpaque(bool, bool bOpaque) { return bOpaque; }
 };
 

@@ -285,3 +285,22 @@ TEST(ClippedRasterBehaviour, OperandOnlyInsideTheRectangle) {
     clipped.calcBounds(b);
     EXPECT_EQ(b, IntRect(2, 1, 3, 1));
 }
+
+#include "pixels/PolygonMask.h"
+#include "tests/support/AllocationCounter.h"
+
+TEST(SurfaceDrawing, PullingATreeAllocatesNothing) {
+    Canvas canvas(700, 300, 0xFF000000u);
+    Polygon p;
+    p.addCircle(350, 150, 140);
+    PolygonMask mask(p, canvas.surface.bounds);  // its buffers are made here
+    SolidRaster ink(0x80402010u);
+    MaskedRaster masked(ink, mask);
+    ProductMask faded(mask, mask);
+    testsupport::AllocationCounter counter;
+    canvas.surface.draw(masked);
+    canvas.surface.draw(masked, ADD_MODE);
+    canvas.surface.draw(ink, MULTIPLY_MODE);
+    EXPECT_EQ(counter.count(), 0u);
+    EXPECT_NE(canvas.at(350, 150), 0xFF000000u);
+}
