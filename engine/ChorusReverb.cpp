@@ -56,6 +56,7 @@ void ChorusReverb::resize(float sampleRate, float fxSize, bool force) {
     const int spare = int(std::ceil(float(lineDelay_[11]) * 0.015f));
     lineOffset_[0] = 0;
     for (int k = 0; k + 1 < LINES; ++k) lineOffset_[k + 1] = lineOffset_[k] + lineDelay_[k] + spare + 2;
+    for (int k = 0; k < LINES; ++k) lineBase_[k] = uint32_t(lineOffset_[k] + lineDelay_[k]);
     diffPos_[0] = lineOffset_[11] + lineDelay_[11] + spare + 2;
     diffPos_[1] = diffPos_[0] + diffDelay_[0];
     diffPos_[2] = diffPos_[0] + diffDelay_[1];
@@ -130,6 +131,7 @@ void ChorusReverb::process(const float* in, float* outLeft, float* outRight, flo
     const __m128 dampCoef = _mm_set1_ps(D == 0.0f ? 1.0f : 1.0f - std::exp(-6.2831855f * D / r));
     const __m128 smooth = _mm_set1_ps(smoothCoef_);
     const __m128 absMask = _mm_castsi128_ps(_mm_set1_epi32(0x7FFFFFFF));
+    const __m128 one = _mm_set1_ps(1.0f);
     const uint32_t mask = uint32_t(capacity_ - 1);
     float* buf = buffer_.get();
 
@@ -150,11 +152,11 @@ void ChorusReverb::process(const float* in, float* outLeft, float* outRight, flo
                                        _mm_and_ps(_mm_sub_ps(_mm_mul_ps(_mm_set1_ps(16.0f), ph), _mm_set1_ps(8.0f)),
                                                   absMask));
         const __m128 m = _mm_mul_ps(_mm_mul_ps(_mm_sub_ps(_mm_set1_ps(0.5f), ph), bend), _mm_set1_ps(depth));
-        alignas(16) float mod[4];
-        _mm_store_ps(mod, m);
-        const float groupMod[3][4] = {{mod[0], -mod[1], mod[2], -mod[3]},
-                                      {-mod[0], mod[1], -mod[2], mod[3]},
-                                      {-mod[1], mod[0], -mod[3], mod[2]}};
+        // Each group reads with the four modulations in its own signs and order.
+        const __m128 g1 = _mm_mul_ps(m, _mm_setr_ps(1.0f, -1.0f, 1.0f, -1.0f));
+        const __m128 g2 = _mm_sub_ps(_mm_setzero_ps(), g1);
+        const __m128 g3 = _mm_mul_ps(_mm_shuffle_ps(m, m, _MM_SHUFFLE(2, 3, 0, 1)), _mm_setr_ps(-1.0f, 1.0f, -1.0f, 1.0f));
+        const __m128 groupMod[3] = {g1, g2, g3};
 
         for (int k = 0; k < 20; k += 4) {
             const __m128 now = _mm_load_ps(gainNow_ + k);
@@ -164,35 +166,37 @@ void ChorusReverb::process(const float* in, float* outLeft, float* outRight, flo
 
         const float x = in[n];
         const __m128 feed = _mm_set1_ps(x + antiDenormal_);
+        // The input once in each sum, before the first group.
         float L = x, R = x;
         for (int g = 0; g < 3; ++g) {
-            alignas(16) float s0[4], s1[4], ap[4];
-            for (int j = 0; j < 4; ++j) {
-                const int k = 4 * g + j;
-                const float mu = groupMod[g][j];
-                // floor, with an exact integer counted one lower
-                float i = std::floor(mu);
-                if (i == mu) i -= 1.0f;
-                const float f = mu - i;
-                ap[j] = (1.0f - f) / (1.0f + f);
-                const uint32_t at = writePos_ - uint32_t(int32_t(i)) - uint32_t(lineOffset_[k] + lineDelay_[k]);
-                s0[j] = buf[at & mask];
-                s1[j] = buf[(at - 1u) & mask];
-            }
+            // i = floor(mu), an exact integer counted one lower: ceil(mu) - 1.
+            const __m128 mu = groupMod[g];
+            __m128 c = _mm_cvtepi32_ps(_mm_cvttps_epi32(mu));
+            c = _mm_add_ps(c, _mm_and_ps(_mm_cmplt_ps(c, mu), one));
+            const __m128 i = _mm_sub_ps(c, one);
+            const __m128 f = _mm_sub_ps(mu, i);
+            const __m128 ap = _mm_div_ps(_mm_sub_ps(one, f), _mm_add_ps(one, f));
+            alignas(16) int32_t whole[4];
+            _mm_store_si128(reinterpret_cast<__m128i*>(whole), _mm_cvtps_epi32(i));
+            const int k0 = 4 * g;
+            const uint32_t a0 = writePos_ - uint32_t(whole[0]) - lineBase_[k0];
+            const uint32_t a1 = writePos_ - uint32_t(whole[1]) - lineBase_[k0 + 1];
+            const uint32_t a2 = writePos_ - uint32_t(whole[2]) - lineBase_[k0 + 2];
+            const uint32_t a3 = writePos_ - uint32_t(whole[3]) - lineBase_[k0 + 3];
+            const __m128 s0 = _mm_setr_ps(buf[a0 & mask], buf[a1 & mask], buf[a2 & mask], buf[a3 & mask]);
+            const __m128 s1 = _mm_setr_ps(buf[(a0 - 1u) & mask], buf[(a1 - 1u) & mask], buf[(a2 - 1u) & mask],
+                                          buf[(a3 - 1u) & mask]);
             // Fractional allpass read, feedback gain, damping.
-            const __m128 prev = _mm_load_ps(lineOut_ + 4 * g);
-            const __m128 y = _mm_add_ps(_mm_load_ps(s1), _mm_mul_ps(_mm_load_ps(ap), _mm_sub_ps(_mm_load_ps(s0), prev)));
-            _mm_store_ps(lineOut_ + 4 * g, y);
-            const __m128 t = _mm_mul_ps(_mm_add_ps(feed, y), _mm_load_ps(gainNow_ + 4 * g));
-            const __m128 damp = _mm_load_ps(lineDamp_ + 4 * g);
+            const __m128 prev = _mm_load_ps(lineOut_ + k0);
+            const __m128 y = _mm_add_ps(s1, _mm_mul_ps(ap, _mm_sub_ps(s0, prev)));
+            _mm_store_ps(lineOut_ + k0, y);
+            const __m128 t = _mm_mul_ps(_mm_add_ps(feed, y), _mm_load_ps(gainNow_ + k0));
+            const __m128 damp = _mm_load_ps(lineDamp_ + k0);
             const __m128 newDamp = _mm_add_ps(damp, _mm_mul_ps(_mm_sub_ps(t, damp), dampCoef));
-            _mm_store_ps(lineDamp_ + 4 * g, newDamp);
-            for (int j = 0; j < 4; ++j) {
-                const int k = 4 * g + j;
-                buf[(writePos_ - uint32_t(lineOffset_[k])) & mask] = lineDamp_[k];
-            }
-            alignas(16) float out[4];
-            _mm_store_ps(out, y);
+            _mm_store_ps(lineDamp_ + k0, newDamp);
+            for (int j = 0; j < 4; ++j)
+                buf[(writePos_ - uint32_t(lineOffset_[k0 + j])) & mask] = lineDamp_[k0 + j];
+            const float* out = lineOut_ + k0;
             L += out[0] + out[1] - out[2] - out[3];
             R += out[0] - out[1] - out[2] + out[3];
         }

@@ -67,6 +67,7 @@ private:
     int lineDelay_[LINES] = {};
     int diffDelay_[DIFFUSERS] = {};
     int lineOffset_[LINES] = {};
+    uint32_t lineBase_[LINES] = {};  // lineOffset + lineDelay
     int diffPos_[DIFFUSERS + 1] = {};
     alignas(16) float gainTarget_[20] = {};  // 12 lines, 1 unused, 6 diffusers
     alignas(16) float gainNow_[20] = {};

@@ -238,8 +238,16 @@ void Voice::renderFrame(const VoiceBlock& b, int frame, float factor) {
     const NoiseTable& table = NoiseTable::instance();
     table.read(random, rawB);
     table.read(random, rawA);
-    filterBNoise(noise[0], noise[1], rawB, fB, p.bNoise, bn);
-    filterANoise(noise[2], rawA, p.aNoiseGain, p.aNoiseCoef, an);
+    // Without noise and with the filters at rest, the filters would only
+    // compute zeros: skip them (the reads above keep random on its course).
+    if (p.bNoise == 0.0f && noise[0] == 0.0f && noise[1] == 0.0f)
+        std::fill(bn, bn + kFrameSamples, 0.0f);
+    else
+        filterBNoise(noise[0], noise[1], rawB, fB, p.bNoise, bn);
+    if (p.aNoiseGain == 0.0f && noise[2] == 0.0f)
+        std::fill(an, an + kFrameSamples, 0.0f);
+    else
+        filterANoise(noise[2], rawA, p.aNoiseGain, p.aNoiseCoef, an);
 
     // Oscillator B, locked to the sub-oscillator, with its noise and hold.
     phases[1] = bPhaseFromSubPhase(phases[2]);
