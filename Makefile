@@ -25,6 +25,18 @@ build: setup $(BUILD)/build.ninja
 demo: build
 	@mkdir -p out
 	$(BUILD)/bin/tendrane version
+	@phrase=48:0:3.2:90,60:0:0.45:100,64:0.5:0.45:90,67:1:0.45:95,72:1.5:0.9:110,71:2.5:0.3:80,67:2.85:0.35:85; \
+	branches=$$(for b in 1 2 3 4 5 6 7 8 9 10 11 12; do printf -- '--param Branch%s=0.7 ' $$b; done); \
+	echo "render out/init.wav"; \
+	$(BUILD)/bin/tendrane render --init --notes $$phrase -o out/init.wav || exit 1; \
+	for seed in 11 2024 31337 777777; do \
+	  echo "render out/seed$$seed.wav"; \
+	  $(BUILD)/bin/tendrane render --seed $$seed $$branches --notes $$phrase -o out/seed$$seed.wav || exit 1; \
+	done; \
+	for n in 0 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15; do \
+	  echo "render out/factory$$n.wav"; \
+	  $(BUILD)/bin/tendrane render --factory $$n --notes $$phrase -o out/factory$$n.wav || exit 1; \
+	done
 
 test: build
 	ctest --test-dir $(BUILD) --output-on-failure -j $(JOBS) -LE host
