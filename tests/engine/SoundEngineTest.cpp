@@ -209,6 +209,16 @@ TEST(SoundEngine, AllTwentyVoicesPendingInOneBlockStartWithoutAQueue) {
     std::vector<TimedEvent> events;
     for (int k = 0; k < 20; ++k) events.push_back(ev(k * 3, 0x90, 40 + k, 100));
     r.block(events);
+    // Every one of the twenty voices took one of the notes as its pending
+    // start in this block, each voice on its own.
+    std::vector<bool> taken(20, false);
+    for (int i = 0; i < VoiceManager::VOICE_COUNT; ++i) {
+        const int k = r.engine.voice(i).pendingNote - 40;
+        ASSERT_GE(k, 0);
+        ASSERT_LT(k, 20);
+        EXPECT_FALSE(taken[k]);
+        taken[k] = true;
+    }
     // Twelve survive the reserve: the bass 40 and the latest eleven.
     EXPECT_EQ(r.engine.slotsInState(VoiceManager::Held), 12);
     EXPECT_EQ(r.engine.slotsInState(VoiceManager::Free), 8);

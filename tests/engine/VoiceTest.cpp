@@ -174,3 +174,23 @@ TEST(Voice, LowLevelGivesPriorityOne) {
     f.voice.releaseGain = 0.0005f;
     EXPECT_EQ(f.voice.priority(), 1);
 }
+
+TEST(Voice, VelocityCurvesByName) {
+    // Hard squares the velocity, soft takes its root; the curve is numbered
+    // as in the MIDI configuration: 0 soft, 1 standard, 2 hard.
+    const float v = 64.0f / 127.0f;
+    const struct {
+        int curve;
+        float shaped;
+    } cases[] = {{MidiConfigRecord::Soft, std::sqrt(v)}, {MidiConfigRecord::Standard, v}, {MidiConfigRecord::Hard, v * v}};
+    for (const auto& c : cases) {
+        Fixture f;
+        f.program.setParam(Param::VelSens, 1.0f);
+        f.config.velocityCurve = c.curve;
+        f.voice.start(0, 0, 60, 64);
+        f.render();
+        EXPECT_NEAR(f.voice.velGain, std::exp((40.0f * c.shaped - 40.0f) * 0.115129255f), 1e-6f) << c.curve;
+    }
+    EXPECT_EQ(MidiConfigRecord::Soft, 0);
+    EXPECT_EQ(MidiConfigRecord::Hard, 2);
+}
