@@ -331,80 +331,98 @@ private:
         }
     }
 
+    // Each operator has a helper of its own, so that the frames on a deep
+    // recursion stay small.
     void apply(const Operator& o, Result& r, bool dry) {
         switch (o.op) {
-        case Op::Member: {
-            Result key;
+        case Op::Member:
+        case Op::Index: member(o.op, r, dry); return;
+        case Op::Call: call(r, dry); return;
+        case Op::PostIncrement:
+        case Op::PostDecrement: postIncrement(o.op, r, dry); return;
+        case Op::And:
+        case Op::Or: shortCircuit(o, r, dry); return;
+        case Op::Assign: assign(r, dry); return;
+        default: break;
+        }
+        if (o.precedence == kAssignment)
+            compoundAssign(o.op, r, dry);
+        else
+            binaryOperator(o, r, dry);
+    }
+
+    // .key takes the text of a symbol as key, [key] the value of an
+    // expression; the left side must be a symbol and is not read.
+    [[gnu::noinline]] void member(Op op, Result& r, bool dry) {
+        Result key;
+        if (op == Op::Member) {
             expression(key, false, dry, 14);
             if (!key.isSymbol || !r.isSymbol) fail("Invalid lvalue");
             if (!dry) r.text = memberName(r.text, key.text);
             return;
         }
-        case Op::Index: {
-            Result key;
-            closedExpression(key, false, dry, 0, ']');
-            if (!r.isSymbol) fail("Invalid lvalue");
-            if (!dry) r.text = memberName(r.text, read(key));
+        closedExpression(key, false, dry, 0, ']');
+        if (!r.isSymbol) fail("Invalid lvalue");
+        if (!dry) r.text = memberName(r.text, read(key));
+    }
+
+    [[gnu::noinline]] void postIncrement(Op op, Result& r, bool dry) {
+        if (!r.isSymbol) fail("Invalid lvalue");
+        if (dry) {
+            r.plain();
             return;
         }
-        case Op::Call: call(r, dry); return;
-        case Op::PostIncrement:
-        case Op::PostDecrement: {
-            if (!r.isSymbol) fail("Invalid lvalue");
-            if (dry) {
-                r.plain();
-                return;
-            }
-            Value old = frame_.get(r.text, false);
-            const double n = readInteger(old);
-            frame_.set(r.text, numberToString(o.op == Op::PostIncrement ? n + 1.0 : n - 1.0));
-            r.plain(std::move(old));
+        Value old = frame_.get(r.text, false);
+        const double n = readInteger(old);
+        frame_.set(r.text, numberToString(op == Op::PostIncrement ? n + 1.0 : n - 1.0));
+        r.plain(std::move(old));
+    }
+
+    [[gnu::noinline]] void shortCircuit(const Operator& o, Result& r, bool dry) {
+        const bool left = dry ? false : readBoolean(read(r));
+        Result right;
+        const bool decided = o.op == Op::Or ? left : !left;
+        if (dry || decided) {
+            expression(right, false, true, o.precedence);
+            r.plain(dry ? Value() : booleanValue(left));
+        } else {
+            expression(right, false, false, o.precedence);
+            r.plain(booleanValue(readBoolean(read(right))));
+        }
+    }
+
+    // The right side runs first; then the left side must be a symbol.
+    [[gnu::noinline]] void assign(Result& r, bool dry) {
+        Result right;
+        expression(right, false, dry, kAssignment);
+        if (!r.isSymbol) fail("Invalid lvalue");
+        if (dry) {
+            r.plain();
             return;
         }
-        case Op::And:
-        case Op::Or: {
-            const bool left = dry ? false : readBoolean(read(r));
-            Result right;
-            const bool decided = o.op == Op::Or ? left : !left;
-            if (dry || decided) {
-                expression(right, false, true, o.precedence);
-                r.plain(dry ? Value() : booleanValue(left));
-            } else {
-                expression(right, false, false, o.precedence);
-                r.plain(booleanValue(readBoolean(read(right))));
-            }
+        Value v = read(right);
+        frame_.set(r.text, v);
+        r.plain(std::move(v));
+    }
+
+    // The old value is read without the fallback to the root.
+    [[gnu::noinline]] void compoundAssign(Op op, Result& r, bool dry) {
+        if (!r.isSymbol) fail("Invalid lvalue");
+        Value old;
+        if (!dry) old = frame_.get(r.text, false);
+        Result right;
+        expression(right, false, dry, kAssignment);
+        if (dry) {
+            r.plain();
             return;
         }
-        case Op::Assign: {
-            Result right;
-            expression(right, false, dry, kAssignment);
-            if (!r.isSymbol) fail("Invalid lvalue");
-            if (dry) {
-                r.plain();
-                return;
-            }
-            Value v = read(right);
-            frame_.set(r.text, v);
-            r.plain(std::move(v));
-            return;
-        }
-        default: break;
-        }
-        if (o.precedence == kAssignment) {
-            if (!r.isSymbol) fail("Invalid lvalue");
-            Value old;
-            if (!dry) old = frame_.get(r.text, false);
-            Result right;
-            expression(right, false, dry, kAssignment);
-            if (dry) {
-                r.plain();
-                return;
-            }
-            Value v = binary(combining(o.op), std::move(old), read(right));
-            frame_.set(r.text, v);
-            r.plain(std::move(v));
-            return;
-        }
+        Value v = binary(combining(op), std::move(old), read(right));
+        frame_.set(r.text, v);
+        r.plain(std::move(v));
+    }
+
+    // Left-associative: the left side is read before the right one runs.
+    [[gnu::noinline]] void binaryOperator(const Operator& o, Result& r, bool dry) {
         Value left;
         if (!dry) left = read(r);
         Result right;
@@ -418,7 +436,7 @@ private:
 
     // Arguments are optional expressions separated by commas; once a comma
     // stands, every gap is a void argument.
-    std::size_t arguments(Frame* frame, bool dry) {
+    [[gnu::noinline]] std::size_t arguments(Frame* frame, bool dry) {
         skipWhite();
         if (peek() == ')') {
             ++pos_;
@@ -440,7 +458,7 @@ private:
         }
     }
 
-    void call(Result& r, bool dry) {
+    [[gnu::noinline]] void call(Result& r, bool dry) {
         if (dry) {
             arguments(nullptr, true);
             r.plain();
@@ -460,104 +478,34 @@ private:
         r.plain(frame_.call(callee, frame));
     }
 
+    // The cases of term that recurse live in helpers of their own, so that
+    // the frames on a deep recursion stay small.
     bool term(Result& r, bool dry) {
         if (pos_ >= end_) return false;
         const unsigned char c = static_cast<unsigned char>(text_[pos_]);
         switch (c) {
-        case '!': {
-            ++pos_;
-            Result o;
-            expression(o, false, dry, 13);
-            r.plain(dry ? Value() : booleanValue(!readBoolean(read(o))));
-            return true;
-        }
-        case '~': {
-            ++pos_;
-            Result o;
-            expression(o, false, dry, 13);
-            r.plain(dry ? Value() : integerResult(~static_cast<std::uint32_t>(readInteger(read(o)))));
-            return true;
-        }
+        case '!':
+        case '~':
+        case '@': prefix(c, r, dry); return true;
         case '+':
-        case '-': {
-            const bool twice = peek(1) == c;
-            pos_ += twice ? 2 : 1;
-            Result o;
-            expression(o, false, dry, 13);
-            if (twice) {
-                if (!o.isSymbol) fail("Invalid lvalue");
-                if (dry) {
-                    r.plain();
-                    return true;
-                }
-                const double n = readInteger(frame_.get(o.text, false));
-                Value v = numberToString(c == '+' ? n + 1.0 : n - 1.0);
-                frame_.set(o.text, v);
-                r.plain(std::move(v));
-                return true;
-            }
-            if (dry) {
-                r.plain();
-                return true;
-            }
-            const double v = readNumber(read(o));
-            r.plain(numberToString(c == '-' ? -v : v));
+        case '-':
+            if (peek(1) == c)
+                increment(c, r, dry);
+            else
+                prefix(c, r, dry);
             return true;
-        }
-        case '@': {
-            ++pos_;
-            Result o;
-            expression(o, false, dry, 13);
-            if (!o.isSymbol) fail("Invalid lvalue");
-            r.plain(dry ? Value() : frame_.reference(o.text));
-            return true;
-        }
         case '"':
         case '\'': stringLiteral(r, dry); return true;
-        case '$': {
-            const std::size_t start = pos_++;
-            skipSymbolBytes();
-            r.symbol(slice(start, pos_));
-            return true;
-        }
-        case '^': {
-            const std::size_t start = pos_;
-            while (peek() == '^') ++pos_;
-            if (peek() == '$') ++pos_;
-            skipSymbolBytes();
-            r.symbol(slice(start, pos_));
-            return true;
-        }
-        case ':': {
+        case '$':
+        case '^': symbol(r); return true;
+        case ':':
             if (peek(1) != ':') return false;
-            const std::size_t start = pos_;
-            pos_ += 2;
-            skipSymbolBytes();
-            r.symbol(slice(start, pos_));
+            symbol(r);
             return true;
-        }
-        case '(': {
-            ++pos_;
-            Result inner;
-            closedExpression(inner, false, dry, 0, ')');
-            r = std::move(inner);
-            return true;
-        }
-        case '[': {
-            ++pos_;
-            Result inner;
-            closedExpression(inner, false, dry, 0, ']');
-            r.symbol(dry ? Value() : read(inner));
-            return true;
-        }
+        case '(':
+        case '[': bracketed(c, r, dry); return true;
         case '{': block(r, dry); return true;
-        case '<': {
-            const std::size_t start = pos_++;
-            while (pos_ < end_ && text_[pos_] != '>') ++pos_;
-            if (pos_ < end_) ++pos_;
-            r.plain(slice(start, pos_));
-            return true;
-        }
+        case '<': nativeLiteral(r); return true;
         case '>': lambda(r, dry); return true;
         default: break;
         }
@@ -566,48 +514,110 @@ private:
             return true;
         }
         if (!isSymbolByte(c)) return false;
+        word(c, r, dry);
+        return true;
+    }
+
+    // $name, ^^$name, ::name: the frame part, then symbol bytes.
+    [[gnu::noinline]] void symbol(Result& r) {
+        const std::size_t start = pos_;
+        if (text_[pos_] == ':') {
+            pos_ += 2;
+        } else if (text_[pos_] == '$') {
+            ++pos_;
+        } else {
+            while (peek() == '^') ++pos_;
+            if (peek() == '$') ++pos_;
+        }
+        skipSymbolBytes();
+        r.symbol(slice(start, pos_));
+    }
+
+    // The text up to and including the next '>', as a plain value.
+    [[gnu::noinline]] void nativeLiteral(Result& r) {
+        const std::size_t start = pos_++;
+        while (pos_ < end_ && text_[pos_] != '>') ++pos_;
+        if (pos_ < end_) ++pos_;
+        r.plain(slice(start, pos_));
+    }
+
+    // A keyword, or else a plain symbol. Keywords start with f, i, t or v.
+    [[gnu::noinline]] void word(unsigned char c, Result& r, bool dry) {
         switch (c) {
         case 't':
-            if (keyword("true")) {
-                r.plain(booleanValue(true));
-                return true;
-            }
+            if (keyword("true")) return r.plain(booleanValue(true));
             break;
         case 'f':
-            if (keyword("false")) {
-                r.plain(booleanValue(false));
-                return true;
-            }
-            if (keyword("for")) {
-                forLoop(r, dry);
-                return true;
-            }
-            if (keyword("function")) {
-                function(r);
-                return true;
-            }
+            if (keyword("false")) return r.plain(booleanValue(false));
+            if (keyword("for")) return forLoop(r, dry);
+            if (keyword("function")) return function(r);
             break;
         case 'i':
-            if (keyword("if")) {
-                ifElse(r, dry);
-                return true;
-            }
+            if (keyword("if")) return ifElse(r, dry);
             break;
         case 'v':
-            if (keyword("void")) {
-                r.plain();
-                return true;
-            }
+            if (keyword("void")) return r.plain();
             break;
         default: break;
         }
         const std::size_t start = pos_;
         skipSymbolBytes();
         r.symbol(slice(start, pos_));
-        return true;
     }
 
-    void stringLiteral(Result& r, bool dry) {
+    // ! ~ @ and the single + and -: the operand is a term at precedence 13.
+    [[gnu::noinline]] void prefix(unsigned char c, Result& r, bool dry) {
+        ++pos_;
+        Result o;
+        expression(o, false, dry, 13);
+        if (c == '@') {
+            if (!o.isSymbol) fail("Invalid lvalue");
+            r.plain(dry ? Value() : frame_.reference(o.text));
+            return;
+        }
+        if (dry) {
+            r.plain();
+            return;
+        }
+        switch (c) {
+        case '!': r.plain(booleanValue(!readBoolean(read(o)))); return;
+        case '~': r.plain(integerResult(~static_cast<std::uint32_t>(readInteger(read(o))))); return;
+        default: {
+            const double v = readNumber(read(o));
+            r.plain(numberToString(c == '-' ? -v : v));
+            return;
+        }
+        }
+    }
+
+    // Prefix ++ and --: the new value, read as an integer without fallback.
+    [[gnu::noinline]] void increment(unsigned char c, Result& r, bool dry) {
+        pos_ += 2;
+        Result o;
+        expression(o, false, dry, 13);
+        if (!o.isSymbol) fail("Invalid lvalue");
+        if (dry) {
+            r.plain();
+            return;
+        }
+        const double n = readInteger(frame_.get(o.text, false));
+        Value v = numberToString(c == '+' ? n + 1.0 : n - 1.0);
+        frame_.set(o.text, v);
+        r.plain(std::move(v));
+    }
+
+    // ( ... ) keeps a symbol a symbol; [ ... ] turns a value into one.
+    [[gnu::noinline]] void bracketed(unsigned char c, Result& r, bool dry) {
+        ++pos_;
+        Result inner;
+        closedExpression(inner, false, dry, 0, c == '(' ? ')' : ']');
+        if (c == '(')
+            r = std::move(inner);
+        else
+            r.symbol(dry ? Value() : read(inner));
+    }
+
+    [[gnu::noinline]] void stringLiteral(Result& r, bool dry) {
         const char quote = text_[pos_];
         const std::size_t start = pos_ + 1;
         std::size_t p = start;
@@ -643,7 +653,7 @@ private:
         r.plain(Value(text));
     }
 
-    void number(Result& r, bool dry) {
+    [[gnu::noinline]] void number(Result& r, bool dry) {
         const std::size_t start = pos_;
         if (text_[pos_] == '0' && peek(1) == 'x') {
             pos_ += 2;
@@ -672,7 +682,7 @@ private:
             r.plain(Value(written));
     }
 
-    void block(Result& r, bool dry) {
+    [[gnu::noinline]] void block(Result& r, bool dry) {
         ++pos_;
         expression(r, true, dry, 0);
         for (;;) {
@@ -689,7 +699,7 @@ private:
         }
     }
 
-    void ifElse(Result& r, bool dry) {
+    [[gnu::noinline]] void ifElse(Result& r, bool dry) {
         expect('(', "Expected '('");
         Result condition;
         closedExpression(condition, false, dry, 0, ')');
@@ -714,7 +724,7 @@ private:
         }
     }
 
-    void forLoop(Result& r, bool dry) {
+    [[gnu::noinline]] void forLoop(Result& r, bool dry) {
         expect('(', "Expected '('");
         Result scratch;
         closedExpression(scratch, true, dry, 0, ';');
@@ -750,7 +760,7 @@ private:
         pos_ = after;
     }
 
-    void function(Result& r) {
+    [[gnu::noinline]] void function(Result& r) {
         skipWhite();
         if (peek() != '{') fail("Expected '{'");
         const std::size_t start = pos_;
@@ -759,7 +769,7 @@ private:
         r.plain(slice(start, pos_));
     }
 
-    void lambda(Result& r, bool dry) {
+    [[gnu::noinline]] void lambda(Result& r, bool dry) {
         ++pos_;
         skipWhite();
         const std::size_t start = pos_;
