@@ -6,7 +6,8 @@
 //   ...
 //   worker.join();
 //
-// A body that throws ends its thread; the exception goes no further.
+// A body that throws ends its thread; the exception goes no further. Calls
+// can be queued to a thread to run while it waits (see queueCall).
 // Destroying a Thread that was started waits for it to finish.
 #pragma once
 
@@ -36,6 +37,12 @@ public:
     // Ends the thread wherever it is, then waits for it. Locks it holds
     // and memory it owns stay as they are: a last resort. "Error killing thread".
     void kill();
+
+    // Queues a call to run on this thread during its next wait on a
+    // WaitableEvent (or, on Windows, any alertable wait), which then ends
+    // with `alerted`. Calls queued to a thread that never waits never run.
+    // "Error queueing a call to thread".
+    void queueCall(std::function<void()> call);
 
     const std::string& name() const { return name_; }
     bool created() const;

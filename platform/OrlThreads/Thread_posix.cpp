@@ -1,5 +1,6 @@
 #include "platform/OrlThreads/Thread.h"
 
+#include "platform/OrlThreads/Alerts_posix.h"
 #include "platform/OrlThreads/Exception.h"
 
 #include <atomic>
@@ -24,6 +25,7 @@ struct Thread::Native {
     bool abandoned = false;
     std::atomic<pid_t> kernelId{0};
     std::atomic<bool> finished{false};
+    alerts::AlertState alerts;
 };
 
 namespace {
@@ -79,6 +81,7 @@ void Thread::create() {
         // No kill takes effect before the body runs.
         pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, nullptr);
         n.kernelId = static_cast<pid_t>(::syscall(SYS_gettid));
+        alerts::setCurrent(&n.alerts);
         pthread_setname_np(pthread_self(), self->name_.substr(0, 15).c_str());
         pthread_mutex_lock(&n.gateLock);
         while (!n.resumed)
@@ -137,6 +140,13 @@ void Thread::join() {
     if (result != 0)
         throwError("Error waiting on thread to finish", result);
     n.joined = true;
+}
+
+void Thread::queueCall(std::function<void()> call) {
+    Native& n = *native_;
+    if (!n.created || n.joined)
+        throwError("Error queueing a call to thread", ESRCH);
+    alerts::queue(n.alerts, std::move(call));
 }
 
 void Thread::kill() {

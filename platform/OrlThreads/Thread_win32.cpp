@@ -118,6 +118,32 @@ void Thread::join() {
     n.joined = true;
 }
 
+namespace {
+
+void CALLBACK runQueuedCall(ULONG_PTR argument) {
+    std::unique_ptr<std::function<void()>> call(reinterpret_cast<std::function<void()>*>(argument));
+    try {
+        (*call)();
+    } catch (...) {
+        // A queued call has no one to report to.
+    }
+}
+
+}  // namespace
+
+void Thread::queueCall(std::function<void()> call) {
+    Native& n = *native_;
+    if (!n.handle || n.joined) {
+        SetLastError(ERROR_INVALID_HANDLE);
+        throwSystemError("Error queueing a call to thread");
+    }
+    auto* queued = new std::function<void()>(std::move(call));
+    if (!QueueUserAPC(&runQueuedCall, n.handle, reinterpret_cast<ULONG_PTR>(queued))) {
+        delete queued;
+        throwSystemError("Error queueing a call to thread");
+    }
+}
+
 void Thread::kill() {
     Native& n = *native_;
     if (!n.handle || n.joined) {

@@ -1,5 +1,6 @@
 #include "platform/OrlThreads/WaitableEvent.h"
 
+#include "platform/OrlThreads/Alerts_posix.h"
 #include "platform/OrlThreads/Exception.h"
 
 #include <cerrno>
@@ -83,25 +84,60 @@ void WaitableEvent::reset() {
 
 WaitableEvent::WaitResult WaitableEvent::wait(std::uint32_t timeoutMs) {
     Native& n = *native_;
-    Locked locked(n.lock, "Error waiting on an event");
-    const timespec deadline = deadlineAfter(timeoutMs == infinite ? 0 : timeoutMs);
-    while (!n.signaled) {
-        int result;
-        if (timeoutMs == infinite)
-            result = pthread_cond_wait(&n.changed, &n.lock);
-        else
-            result = pthread_cond_timedwait(&n.changed, &n.lock, &deadline);
-        if (result == ETIMEDOUT) {
-            if (!n.signaled)
-                return WaitResult::timedOut;
-            break;
-        }
-        if (result != 0)
-            throwError("Error waiting on an event", result);
+    alerts::AlertState* alerts = alerts::current();
+    if (alerts) {
+        // Calls already queued run at once, as they would on entering an
+        // alertable wait; otherwise the thread notes what it waits on.
+        if (alerts::runPending(*alerts))
+            return WaitResult::alerted;
+        pthread_mutex_lock(&alerts->lock);
+        alerts->waitingLock = &n.lock;
+        alerts->waitingCondition = &n.changed;
+        pthread_mutex_unlock(&alerts->lock);
     }
-    if (!n.manual)
-        n.signaled = false;
-    return WaitResult::signaled;
+    // Clears the note again, whichever way the wait ends (a kill included).
+    struct NoLongerWaiting {
+        alerts::AlertState* alerts;
+        ~NoLongerWaiting() {
+            if (alerts) {
+                pthread_mutex_lock(&alerts->lock);
+                alerts->waitingLock = nullptr;
+                alerts->waitingCondition = nullptr;
+                pthread_mutex_unlock(&alerts->lock);
+            }
+        }
+    } noLongerWaiting{alerts};
+
+    {
+        Locked locked(n.lock, "Error waiting on an event");
+        const timespec deadline = deadlineAfter(timeoutMs == infinite ? 0 : timeoutMs);
+        for (;;) {
+            if (alerts && alerts->pending.load())
+                break;  // the calls run below, without the event's lock
+            if (n.signaled) {
+                if (!n.manual)
+                    n.signaled = false;
+                return WaitResult::signaled;
+            }
+            int result;
+            if (timeoutMs == infinite)
+                result = pthread_cond_wait(&n.changed, &n.lock);
+            else
+                result = pthread_cond_timedwait(&n.changed, &n.lock, &deadline);
+            if (result == ETIMEDOUT) {
+                if (n.signaled) {
+                    if (!n.manual)
+                        n.signaled = false;
+                    return WaitResult::signaled;
+                }
+                return WaitResult::timedOut;
+            }
+            if (result != 0)
+                throwError("Error waiting on an event", result);
+        }
+    }
+    alerts::runPending(*alerts);
+    return WaitResult::alerted;
 }
 
 }  // namespace OrlThreads

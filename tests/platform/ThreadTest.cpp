@@ -1,5 +1,6 @@
 #include "platform/OrlThreads/Exception.h"
 #include "platform/OrlThreads/Thread.h"
+#include "platform/OrlThreads/TickCount.h"
 #include "platform/OrlThreads/WaitableEvent.h"
 
 #include <gtest/gtest.h>
@@ -140,6 +141,67 @@ TEST(Thread, KillEndsAThreadStuckInAWait) {
     EXPECT_TRUE(t.finished());
     EXPECT_FALSE(passed.load());
     EXPECT_EQ(failureOf([&] { t.kill(); }), "Error killing thread [3 : No such process]");
+}
+
+TEST(Thread, AQueuedCallRunsOnTheWaitingThreadAndEndsItsWait) {
+    WaitableEvent never;
+    WaitableEvent waiting;
+    std::atomic<const Thread*> ranOn{nullptr};
+    Result result = Result::signaled;
+    Thread t("Alertable", [&] {
+        waiting.set();
+        result = never.wait();
+    });
+    t.start();
+    ASSERT_EQ(waiting.wait(10000), Result::signaled);
+    t.queueCall([&] { ranOn = Thread::current(); });
+    t.join();
+    EXPECT_EQ(result, Result::alerted);
+    EXPECT_EQ(ranOn.load(), &t);
+}
+
+TEST(Thread, ACallQueuedBeforeTheWaitRunsWhenTheWaitBegins) {
+    // The thread holds back with a spin, not a wait: a wait would take the calls.
+    std::atomic<bool> queued{false};
+    WaitableEvent never;
+    std::atomic<int> calls{0};
+    Result result = Result::signaled;
+    Thread t("Alertable", [&] {
+        while (!queued.load())
+            OrlThreads::yieldThread();
+        result = never.wait();
+    });
+    t.start();
+    t.queueCall([&] { ++calls; });
+    t.queueCall([&] { ++calls; });
+    queued = true;
+    t.join();
+    EXPECT_EQ(result, Result::alerted);
+    EXPECT_EQ(calls.load(), 2);
+}
+
+TEST(Thread, AnAlertLeavesTheEventsSignalForTheNextWait) {
+    WaitableEvent event;
+    std::atomic<bool> ready{false};
+    Result first = Result::timedOut, second = Result::timedOut;
+    Thread t("Alertable", [&] {
+        while (!ready.load())
+            OrlThreads::yieldThread();
+        first = event.wait();
+        second = event.wait(0);
+    });
+    t.start();
+    t.queueCall([] {});
+    event.set();
+    ready = true;
+    t.join();
+    EXPECT_EQ(first, Result::alerted);
+    EXPECT_EQ(second, Result::signaled);
+}
+
+TEST(Thread, QueueingACallToAThreadNeverCreatedFails) {
+    Thread t("Never");
+    EXPECT_EQ(failureOf([&] { t.queueCall([] {}); }), "Error queueing a call to thread [3 : No such process]");
 }
 
 }  // namespace
