@@ -14,6 +14,12 @@ uint32_t tickCountMilliseconds() {
 
 }  // namespace
 
+namespace {
+// Takes the tick count while the process starts, with the other static
+// objects, rather than at the first plant.
+[[maybe_unused]] const ProcessGenerator& startedWithTheProcess = ProcessGenerator::instance();
+}  // namespace
+
 ProcessGenerator::ProcessGenerator(uint32_t ticks) : state_(SeededGenerator::fromSeed(ticks)) {}
 
 ProcessGenerator& ProcessGenerator::instance() {
