@@ -29,4 +29,21 @@ void filterANoise(float& state, const float* noise, float gain, float coef, floa
     state = dropTinyBits(s);
 }
 
+void filterNoises(float& bState1, float& bState2, const float* bRaw, float fB, float bNoise, float& aState,
+                  const float* aRaw, float aGain, float aCoef, float* bOut, float* aOut) {
+    const float k = 1.0f - std::exp(-6.2831855f * fB);
+    const float g = std::sqrt(bNoise * 0.5f / fB);
+    float s1 = bState1, s2 = bState2, a = aState;
+    for (int i = 0; i < kFrameSamples; ++i) {
+        s1 += (bRaw[i] * g - s1) * k;
+        a += (aRaw[i] * aGain - a) * aCoef;
+        s2 += (s1 - s2) * k;
+        bOut[i] = s2;
+        aOut[i] = a;
+    }
+    bState1 = dropTinyBits(s1);
+    bState2 = dropTinyBits(s2);
+    aState = dropTinyBits(a);
+}
+
 }  // namespace engine

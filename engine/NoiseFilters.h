@@ -13,4 +13,9 @@ void filterBNoise(float& state1, float& state2, const float* noise16, float fB, 
 // state += (noise gain - state) coef; out = state.
 void filterANoise(float& state, const float* noise16, float gain, float coef, float* out16);
 
+// Both at once, sample by sample, so that the two recursions overlap in time;
+// the same results as the two above.
+void filterNoises(float& bState1, float& bState2, const float* bNoise16, float fB, float bNoise, float& aState,
+                  const float* aNoise16, float aGain, float aCoef, float* bOut16, float* aOut16);
+
 }  // namespace engine

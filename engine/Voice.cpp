@@ -240,14 +240,20 @@ void Voice::renderFrame(const VoiceBlock& b, int frame, float factor) {
     table.read(random, rawA);
     // Without noise and with the filters at rest, the filters would only
     // compute zeros: skip them (the reads above keep random on its course).
-    if (p.bNoise == 0.0f && noise[0] == 0.0f && noise[1] == 0.0f)
-        std::fill(bn, bn + kFrameSamples, 0.0f);
-    else
-        filterBNoise(noise[0], noise[1], rawB, fB, p.bNoise, bn);
-    if (p.aNoiseGain == 0.0f && noise[2] == 0.0f)
-        std::fill(an, an + kFrameSamples, 0.0f);
-    else
-        filterANoise(noise[2], rawA, p.aNoiseGain, p.aNoiseCoef, an);
+    const bool bQuiet = p.bNoise == 0.0f && noise[0] == 0.0f && noise[1] == 0.0f;
+    const bool aQuiet = p.aNoiseGain == 0.0f && noise[2] == 0.0f;
+    if (!bQuiet && !aQuiet) {
+        filterNoises(noise[0], noise[1], rawB, fB, p.bNoise, noise[2], rawA, p.aNoiseGain, p.aNoiseCoef, bn, an);
+    } else {
+        if (bQuiet)
+            std::fill(bn, bn + kFrameSamples, 0.0f);
+        else
+            filterBNoise(noise[0], noise[1], rawB, fB, p.bNoise, bn);
+        if (aQuiet)
+            std::fill(an, an + kFrameSamples, 0.0f);
+        else
+            filterANoise(noise[2], rawA, p.aNoiseGain, p.aNoiseCoef, an);
+    }
 
     // Oscillator B, locked to the sub-oscillator, with its noise and hold.
     phases[1] = bPhaseFromSubPhase(phases[2]);

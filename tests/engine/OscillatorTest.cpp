@@ -253,3 +253,25 @@ TEST(OscillatorTest, ANoiseIsAOnePoleLowPass) {
     EXPECT_FLOAT_EQ(out[1], 1.5f);
     EXPECT_NEAR(s, 2.0f, 1e-3);
 }
+
+TEST(OscillatorTest, BothNoiseFiltersAtOnceMatchEachAlone) {
+    float rawB[16], rawA[16];
+    for (int i = 0; i < 16; ++i) {
+        rawB[i] = std::sin(float(i) * 1.3f);
+        rawA[i] = std::cos(float(i) * 0.7f);
+    }
+    float b1 = 0.1f, b2 = -0.2f, a = 0.3f, outB[16], outA[16];
+    float c1 = b1, c2 = b2, ca = a, bothB[16], bothA[16];
+    for (int frame = 0; frame < 5; ++frame) {
+        filterBNoise(b1, b2, rawB, 0.02f, 0.6f, outB);
+        filterANoise(a, rawA, 0.8f, 0.3f, outA);
+        filterNoises(c1, c2, rawB, 0.02f, 0.6f, ca, rawA, 0.8f, 0.3f, bothB, bothA);
+        for (int i = 0; i < 16; ++i) {
+            EXPECT_EQ(bothB[i], outB[i]);
+            EXPECT_EQ(bothA[i], outA[i]);
+        }
+    }
+    EXPECT_EQ(c1, b1);
+    EXPECT_EQ(c2, b2);
+    EXPECT_EQ(ca, a);
+}
