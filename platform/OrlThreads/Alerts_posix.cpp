@@ -30,7 +30,7 @@ void queue(AlertState& state, std::function<void()> call) {
     pthread_mutex_unlock(&state.lock);
 }
 
-bool runPending(AlertState& state) {
+TENDRANE_LETS_KILLS_PASS bool runPending(AlertState& state) {
     pthread_mutex_lock(&state.lock);
     std::deque<std::function<void()>> calls;
     calls.swap(state.calls);

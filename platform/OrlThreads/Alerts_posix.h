@@ -7,6 +7,11 @@
 #include <functional>
 #include <pthread.h>
 
+// Marks a function whose handler lets a kill's unwinding pass: that
+// exception has no object, which the undefined-behaviour checker would take
+// for a null reference.
+#define TENDRANE_LETS_KILLS_PASS __attribute__((no_sanitize("undefined")))
+
 namespace OrlThreads::alerts {
 
 struct AlertState {
