@@ -66,7 +66,11 @@ struct Arithmetic<float> {
     static float literal(std::string_view text) {
         float value = 0.0f;
         auto result = std::from_chars(text.data(), text.data() + text.size(), value, std::chars_format::general);
-        if (result.ec == std::errc::result_out_of_range) return static_cast<float>(decimalValue(text));
+        if (result.ec == std::errc::result_out_of_range) {
+            // Beyond the float range: infinity; below it: zero.
+            const double wide = decimalValue(text);
+            return wide > 3.4028234663852886e38 ? std::numeric_limits<float>::infinity() : static_cast<float>(wide);
+        }
         return value;
     }
     static float fromSymbol(float v) { return v; }

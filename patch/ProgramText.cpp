@@ -1,5 +1,6 @@
 #include "patch/ProgramText.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstdio>
@@ -196,7 +197,10 @@ NorvelleProgram readProgramText(std::string_view text) {
     record.pitch = 0.0f;
     if (const std::string* raw = patch.find("Pitch")) {
         LeadingNumber n = leadingDouble(valueText(*raw));
-        if (n.length > 0) record.pitch = static_cast<float>(n.value);
+        // A value that is no finite number counts as unreadable; one beyond
+        // the float range is held at its end.
+        if (n.length > 0 && std::isfinite(n.value))
+            record.pitch = static_cast<float>(std::clamp(n.value, -3.4028234663852886e38, 3.4028234663852886e38));
     }
     record.cloned = readBoolean(patch, "Cloned", false);
 

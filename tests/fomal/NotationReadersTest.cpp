@@ -32,6 +32,8 @@ TEST(NotationReadersTest, NumbersWithUnitWordsReadTheirNumber) {
     EXPECT_EQ(readNumber("1.5e2", 0), 150.0f);
     EXPECT_EQ(readNumber(".25", 0), 0.25f);
     EXPECT_EQ(readNumber("2e", 0), 2.0f);  // an exponent needs a digit
+    EXPECT_EQ(readNumber("1e300", 0), INFINITY);
+    EXPECT_EQ(readNumber("1e-300", 0), 0.0f);
 }
 
 TEST(NotationReadersTest, EmptyTextLeavesTheDefault) {

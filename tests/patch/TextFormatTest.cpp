@@ -240,6 +240,14 @@ TEST(TextFormatTest, BooleansNameAndPath) {
     EXPECT_FALSE(bare.cloned);
 }
 
+TEST(TextFormatTest, PitchThatIsNoFiniteNumberIsUnreadable) {
+    EXPECT_EQ(readProgramText(wrap("Pitch: nan")).pitch, 0.0f);
+    EXPECT_EQ(readProgramText(wrap("Pitch: -inf")).pitch, 0.0f);
+    EXPECT_EQ(readProgramText(wrap("Pitch: x")).pitch, 0.0f);
+    EXPECT_EQ(readProgramText(wrap("Pitch: 1e300")).pitch, 3.4028234663852886e38f);
+    EXPECT_EQ(readProgramText(wrap("Pitch: 0.25 octaves")).pitch, 0.25f);
+}
+
 TEST(TextFormatTest, UnterminatedNameFails) {
     EXPECT_EQ(failureOf(wrap("Name: \"open")), "Unterminated string");
 }
