@@ -243,3 +243,72 @@ TEST(RenderTest, ReverbTailOutlastsTheNoteAndEnds) {
     // ...and exact silence at the very end.
     for (std::size_t i = r.left.size() - 64; i < r.left.size(); ++i) EXPECT_EQ(r.left[i], 0.0f);
 }
+
+TEST(RenderTest, WithoutSustainTheVoiceEndsWhileTheKeyIsHeld) {
+    NorvelleProgram p;
+    p.setGene(Gene::vol_sus, 0.0f);  // no sustain; Init's loops fall 80 dB in 1.46 s
+    p.touch(false);
+    SoundEngine engine;
+    engine.init(44100.0f, 1);
+    play(engine, p, {60}, 100000, 44100 * 4 / 64);
+    EXPECT_EQ(engine.slot(0).state, VoiceManager::Held);
+    EXPECT_FALSE(engine.voice(0).active);
+}
+
+TEST(RenderTest, LongEnvelopeTimeNeverEndsWhileHeld) {
+    NorvelleProgram p;
+    p.setGene(Gene::vol_sus, 0.0f);
+    p.setGene(Gene::env_time, 0.95f);  // loopDecay 1
+    p.touch(false);
+    SoundEngine engine;
+    engine.init(44100.0f, 1);
+    Render r = play(engine, p, {60}, 100000, 44100 * 6 / 64);
+    EXPECT_TRUE(engine.voice(0).active);
+    double late = 0;
+    for (std::size_t i = r.left.size() - 4410; i < r.left.size(); ++i) late += std::fabs(r.left[i]);
+    EXPECT_GT(late, 1.0);
+}
+
+TEST(RenderTest, DisplayLevelsAndClipFollowTheSound) {
+    NorvelleProgram p;
+    SoundEngine engine;
+    engine.init(44100.0f, 1);
+    play(engine, p, {62}, 100000, 100);
+    VisualState v;
+    engine.copyVisualState(v);
+    EXPECT_EQ(v.lastBranch, 2);
+    EXPECT_GT(v.levelLow[2] + v.levelHigh[2], 0.1f);
+    for (int k = 0; k < 12; ++k) {
+        if (k != 2) {
+            EXPECT_EQ(v.levelLow[k], 0.0f);
+        }
+    }
+    EXPECT_GE(v.clip, 0.0f);
+    EXPECT_LE(v.clip, 1.0f);
+    // Driven hard (volume up: ten times the level) the clipper works and shows it.
+    p.setParam(Param::Volume, 1.0f);
+    p.touch(false);
+    SoundEngine loud;
+    loud.init(44100.0f, 1);
+    play(loud, p, {60}, 100000, 200);
+    loud.copyVisualState(v);
+    EXPECT_GT(v.clip, 0.0f);
+}
+
+TEST(RenderTest, VolumeZeroSilencesWithoutAClick) {
+    NorvelleProgram p;
+    SoundEngine engine;
+    engine.init(44100.0f, 1);
+    Render before = play(engine, p, {60}, 100000, 80);
+    p.setParam(Param::Volume, 0.0f);
+    Render after = play(engine, p, {}, 1, 40);
+    // The smoothed volume glides down; no step between samples anywhere.
+    float last = before.left.back();
+    float biggestStep = 0;
+    for (float x : after.left) {
+        biggestStep = std::max(biggestStep, std::fabs(x - last));
+        last = x;
+    }
+    EXPECT_LT(biggestStep, 0.05f);
+    EXPECT_LT(std::fabs(after.left.back()), 1e-3f);
+}
