@@ -15,7 +15,14 @@
 
 namespace Quol {
 
-Value argument(Frame& arguments, std::size_t i) { return arguments.get(argumentName(i), true); }
+// A plain read of $i, except that the failure names the argument as it
+// stands: "Undefined: $1".
+Value argument(Frame& arguments, std::size_t i) {
+    const Value name = argumentName(i);
+    Value v;
+    if (arguments.lookup(name, v) || arguments.root().lookup(name, v)) return v;
+    throw Exception(std::string_view(std::string("Undefined: ") + name.str()));
+}
 
 Value optionalArgument(Frame& arguments, std::size_t i) {
     Value v;

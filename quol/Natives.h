@@ -9,8 +9,9 @@ namespace Quol {
 // its callable variable "<name>".
 void installStandardNatives(Frame& frame);
 
-// Argument i of a native call, read with the fallback of a plain read, and
-// an optional one that reads as void when it was not given.
+// Argument i of a native call, read with the fallback of a plain read (a
+// missing one fails with "Undefined: $i"), and an optional one that reads as
+// void when it was not given.
 Value argument(Frame& arguments, std::size_t i);
 Value optionalArgument(Frame& arguments, std::size_t i);
 
