@@ -25,7 +25,7 @@ struct PolygonBounds {
 
 class Polygon {
 public:
-    static const std::size_t MAX_POINTS = 0x0FFFFFFF;
+    static constexpr std::size_t MAX_POINTS = 0x0FFFFFFF;
 
     void moveTo(double x, double y);
     void lineTo(double x, double y);

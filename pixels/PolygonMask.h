@@ -37,7 +37,7 @@ public:
     const std::vector<PolygonEdge>& edges() const { return edges_; }
     std::size_t edgeCount() const { return edgeCount_; }
 
-    static const std::int32_t DEAD = -0x7FFFFFFF;
+    static constexpr std::int32_t DEAD = -0x7FFFFFFF;
 
 private:
     void startRow(int y);

@@ -16,9 +16,9 @@ namespace OrlPixels {
 template <class T>
 class RunTable {
 public:
-    static const std::uint16_t SOLID = 0x8000;
-    static const std::uint16_t OPAQUE = 0x4000;
-    static const int MAX_RUN = 0x3FFF;
+    static constexpr std::uint16_t SOLID = 0x8000;
+    static constexpr std::uint16_t OPAQUE = 0x4000;
+    static constexpr int MAX_RUN = 0x3FFF;
 
     struct RowStart {
         std::int32_t run;

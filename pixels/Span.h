@@ -20,9 +20,9 @@ const int MAX_SPAN_REQUEST = 256;
 
 template <class T>
 struct BasicSpan {
-    static const std::uint32_t SOLID = 0x80000000u;
-    static const std::uint32_t OPAQUE = 0x40000000u;
-    static const std::uint32_t LENGTH_MASK = 0x3FFFFFFFu;
+    static constexpr std::uint32_t SOLID = 0x80000000u;
+    static constexpr std::uint32_t OPAQUE = 0x40000000u;
+    static constexpr std::uint32_t LENGTH_MASK = 0x3FFFFFFFu;
 
     std::uint32_t bits;
     const T* data;

@@ -7,6 +7,7 @@
 #include "pixels/LookupRaster.h"
 #include "pixels/RadialRampMask.h"
 #include "pixels/SolidMask.h"
+#include "pixels/SolidRaster.h"
 #include "tests/pixels/PixelTestSupport.h"
 
 using namespace OrlPixels;
@@ -124,4 +125,30 @@ TEST(RadialRamp, NegativeRadiiAreTakenByMagnitude) {
     RadialRampMask a(20, 20, 8, 6);
     RadialRampMask b(20, 20, -8, -6);
     EXPECT_EQ(renderRect(a, IntRect(0, 0, 40, 40)), renderRect(b, IntRect(0, 0, 40, 40)));
+}
+
+#include "pixels/Gradient.h"
+#include "pixels/Opacity.h"
+
+TEST(GradientViews, LinearGradientIsClippedToTheViewRectangle) {
+    LinearGradient g(IntRect(2, 0, 6, 4), 2, 0, 8, 0, {{0.0, 0xFF000000u}, {1.0, 0xFFFFFFFFu}});
+    IntRect b;
+    g.calcBounds(b);
+    EXPECT_EQ(b, IntRect(2, 0, 6, 4));
+    std::vector<Pixel> row = renderRow(g, 0, 1, 10);
+    ASSERT_EQ(row.size(), 10u);
+    EXPECT_EQ(row[1], 0u);
+    EXPECT_EQ(row[2], 0xFF000000u);
+    EXPECT_EQ(row[8], 0u);
+    EXPECT_GT(row[7] & 0xFF, row[3] & 0xFF);
+}
+
+TEST(Opacity, PercentBecomesAMaskValue) {
+    EXPECT_EQ(opacityMaskValue(opacityFromPercent(100)), 255);
+    EXPECT_EQ(opacityMaskValue(opacityFromPercent(50)), 127);  // trunc(0.5 * 255.99999)
+    EXPECT_EQ(opacityMaskValue(opacityFromPercent(0)), 0);
+    Canvas canvas(2, 1, 0xFF000000u);
+    SolidRaster white(0xFFFFFFFFu);
+    drawWithOpacity(canvas.surface, white, opacityFromPercent(50), NORMAL_MODE);
+    EXPECT_EQ(canvas.at(0, 0), overPixel(scalePixel(0xFFFFFFFFu, 128), 0xFF000000u));
 }
