@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <new>
 
 #include "engine/PhaseWrap.h"
 
@@ -44,7 +45,7 @@ void ChorusReverb::seed(uint32_t seed) {
 
 void ChorusReverb::resize(float sampleRate, float fxSize, bool force) {
     const float size = 4.9f * fxSize + 0.1f;
-    if (!force && size == size_ && sampleRate == sampleRate_ && buffer_) return;
+    if (!force && size == size_ && sampleRate == sampleRate_) return;
     sampleRate_ = sampleRate;
     size_ = size;
     smoothCoef_ = 1.0f - std::exp(-6.2831855f * std::min(40.0f / sampleRate, 0.5f));
@@ -70,7 +71,13 @@ void ChorusReverb::resize(float sampleRate, float fxSize, bool force) {
     if (capacity != capacity_ || !buffer_) {
         buffer_.reset();
         capacity_ = 0;
-        buffer_.reset(new float[capacity]);
+        // Without memory the reverb stays silent until the size changes
+        // again: the audio thread neither throws nor retries every block.
+        buffer_.reset(new (std::nothrow) float[capacity]);
+        if (!buffer_) {
+            level_ = 0.0f;
+            return;
+        }
         capacity_ = capacity;
     }
     clearStates();

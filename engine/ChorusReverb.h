@@ -22,7 +22,8 @@ public:
     void seed(uint32_t seed);
 
     // Builds the ring for size = 4.9 fxSize + 0.1 seconds when that differs
-    // from the current size (or always when force). Clears the tail.
+    // from the current size or rate (or always when force). Clears the tail.
+    // When the memory can't be had the reverb is silent until the next size.
     void resize(float sampleRate, float fxSize, bool force = false);
     bool hasSize() const { return size_ != 0.0f; }
     float size() const { return size_; }

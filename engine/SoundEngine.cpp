@@ -3,10 +3,14 @@
 #include <cmath>
 #include <cstring>
 
+#include "engine/NoiseTable.h"
 #include "patch/MidiConfigRecord.h"
 #include "patch/NorvelleProgram.h"
 
 SoundEngine::SoundEngine() {
+    // Shared tables are built here, never first on the audio thread.
+    engine::NoiseTable::instance();
+    engine::ChorusReverb::primes();
     for (int k = 0; k < VisualState::BRANCHES; ++k) decoders_[k].setBranch(k);
     for (int i = 0; i < VOICE_COUNT; ++i) {
         voices_[i].setRates(&rates_);
