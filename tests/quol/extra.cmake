@@ -24,4 +24,14 @@ if(TARGET tendrane)
             $<TARGET_FILE:tendrane>)
   set_tests_properties(quol_command_reads_standard_input PROPERTIES
     PASS_REGULAR_EXPRESSION "^123\n$" LABELS quol)
+
+  # input reads one line at a time, without its line end, and void at the end.
+  add_test(NAME quol_input_reads_lines
+    COMMAND sh -c "printf 'line one\\r\\nline two' | \"$0\" quol -e \"input() # '|' # input() # '|' # classify(input())\""
+            $<TARGET_FILE:tendrane>)
+  set_tests_properties(quol_input_reads_lines PROPERTIES
+    PASS_REGULAR_EXPRESSION "^line one\\|line two\\|void\n$" LABELS quol)
+  # print writes the text as it stands, without a line end.
+  add_test(NAME quol_print_writes_text COMMAND tendrane quol -e "{ print('a'); print(1.50); void }")
+  set_tests_properties(quol_print_writes_text PROPERTIES PASS_REGULAR_EXPRESSION "^a1\\.5\n?$" LABELS quol)
 endif()
