@@ -140,6 +140,10 @@ void Thread::join() {
     Native& n = *native_;
     if (!n.created || n.joined)
         throwError("Error waiting on thread to finish", ESRCH);
+    // Answered here, as the system would, rather than handing the system a
+    // join of the calling thread itself.
+    if (pthread_equal(n.handle, pthread_self()))
+        throwError("Error waiting on thread to finish", EDEADLK);
     const int result = pthread_join(n.handle, nullptr);
     if (result != 0)
         throwError("Error waiting on thread to finish", result);
@@ -157,6 +161,8 @@ void Thread::kill() {
     Native& n = *native_;
     if (!n.created || n.joined)
         throwError("Error killing thread", ESRCH);
+    if (pthread_equal(n.handle, pthread_self()))
+        throwError("Error killing thread", EDEADLK);
     // A thread still at the gate leaves without running its body.
     pthread_mutex_lock(&n.gateLock);
     if (!n.resumed)
