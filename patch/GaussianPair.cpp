@@ -10,7 +10,10 @@ bool gaussianFromPoint(int32_t x, int32_t y, GaussianPair& pair) {
     const float fx = static_cast<float>(x) * 0x1p-30f;
     const float fy = static_cast<float>(y) * 0x1p-30f;
     const float w = static_cast<float>(s) * 0x1p-60f;
-    const float r = std::sqrt(-2.0f * std::log(w) / w);
+    // The 32-bit logarithm correctly rounded: taken through double precision so
+    // that every platform's library gives the same bits.
+    const float ln = static_cast<float>(std::log(static_cast<double>(w)));
+    const float r = std::sqrt(-2.0f * ln / w);
     pair.first = fx * r;
     pair.second = fy * r;
     return true;

@@ -39,7 +39,7 @@ TEST(GrowthDeviations, MatchTheGoldenVectorsForSeedsImplementationsAndCloning) {
         }
         ++rowsSeen[key];
         for (int i = 0; i < MUTABLE_GENE_COUNT; ++i) {
-            EXPECT_LE(ulpDistance(rows[k][i], toFloat(w[4 + i])), 4)
+            EXPECT_EQ(ulpDistance(rows[k][i], toFloat(w[4 + i])), 0)
                 << "seed " << seed << " implementation " << implementation << " cloned " << cloned
                 << " row " << k << " column " << i;
         }

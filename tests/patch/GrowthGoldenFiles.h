@@ -36,7 +36,9 @@ inline uint32_t toWord(const std::string& text, int base = 10) {
     return static_cast<uint32_t>(std::strtoul(text.c_str(), nullptr, base));
 }
 
-// Distance in units of the last place between two finite floats.
+// Distance in units of the last place between two finite floats; 0 means the
+// same value (0 and -0 count as the same). The vectors are compared to the bit:
+// the logarithm of the Gaussian is correctly rounded on every platform.
 inline int64_t ulpDistance(float x, float y) {
     auto key = [](float f) {
         int32_t i;

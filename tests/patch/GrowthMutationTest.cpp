@@ -188,7 +188,7 @@ TEST(GrowthMutation, MatchesTheGoldenVectors) {
         float out[MUTABLE_GENE_COUNT];
         mutateGenes(genes, rows[k], length, atonality, implementation, out);
         for (int i = 0; i < MUTABLE_GENE_COUNT; ++i) {
-            EXPECT_LE(ulpDistance(out[i], toFloat(w[44 + i])), 4)
+            EXPECT_EQ(ulpDistance(out[i], toFloat(w[44 + i])), 0)
                 << "seed " << seed << " implementation " << implementation << " gene " << i
                 << ": " << out[i] << " vs " << w[44 + i];
         }

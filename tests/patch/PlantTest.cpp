@@ -55,11 +55,11 @@ TEST(Plant, MatchesTheGoldenVectors) {
 
         const NorvelleProgram d = plantBranch(s, branch, generator);
         EXPECT_EQ(d.seed, toWord(dst[0])) << lines[c];
-        EXPECT_LE(ulpDistance(d.pitch, toFloat(dst[1])), 4) << d.pitch << " vs " << dst[1];
-        EXPECT_LE(ulpDistance(d.param(Param::Tuning), toFloat(dst[2])), 4)
+        EXPECT_EQ(ulpDistance(d.pitch, toFloat(dst[1])), 0) << d.pitch << " vs " << dst[1];
+        EXPECT_EQ(ulpDistance(d.param(Param::Tuning), toFloat(dst[2])), 0)
             << d.param(Param::Tuning) << " vs " << dst[2];
         for (int i = 0; i < GENE_COUNT; ++i) {
-            EXPECT_LE(ulpDistance(d.genes[i], toFloat(dst[4 + i])), 4)
+            EXPECT_EQ(ulpDistance(d.genes[i], toFloat(dst[4 + i])), 0)
                 << "case " << c / 2 << " gene " << i << ": " << d.genes[i] << " vs " << dst[4 + i];
         }
     }
