@@ -4,7 +4,9 @@
 // (only after looking at the new ones).
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cstdlib>
+#include <string>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -35,7 +37,10 @@ std::vector<std::uint8_t> straightBytesOf(const DecodedPng& d) {
 TEST(GoldenScenes, RegeneratedScenesMatchTheStoredImagesByteForByte) {
     if (!pngAvailable()) GTEST_SKIP() << "no PNG support in this build";
     const std::filesystem::path golden = std::filesystem::path(TENDRANE_SOURCE_DIR) / "tests/golden/pixels";
-    const std::filesystem::path temp = std::filesystem::temp_directory_path() / "tendrane-pixels-golden";
+    // A folder of its own, so that parallel builds never share files.
+    const std::filesystem::path temp =
+        std::filesystem::temp_directory_path() /
+        ("tendrane-pixels-golden-" + std::to_string(std::chrono::steady_clock::now().time_since_epoch().count()));
     std::filesystem::create_directories(temp);
     const char* write = std::getenv("TENDRANE_WRITE_GOLDEN");
     const bool replace = write != nullptr && std::string(write) == "1";
@@ -65,4 +70,6 @@ TEST(GoldenScenes, RegeneratedScenesMatchTheStoredImagesByteForByte) {
         // The regenerated file also equals the render itself.
         EXPECT_EQ(sb, straightRgba(scene.pixels.data(), scene.width, scene.height, scene.width));
     }
+    std::error_code ignored;
+    std::filesystem::remove_all(temp, ignored);
 }
