@@ -144,6 +144,41 @@ TEST(PluginCore, HostBlockSizesGiveTheSameAudio) {
     }
 }
 
+TEST(PluginCore, HostBlockSizesGiveTheSameSoundFromTheSoundEngine) {
+    auto play = [](int blockSize) {
+        PluginCore core(&testHost);
+        core.fixNoiseSeed(1);
+        core.resume();
+        std::vector<float> out, outRight;
+        std::vector<float> l(4096), r(4096);
+        float* outs[2] = {l.data(), r.data()};
+        const int total = 12000;
+        for (int start = 0; start < total; start += blockSize) {
+            const int n = std::min(blockSize, total - start);
+            for (int at : {0, 700, 3000, 3001, 5000})
+                if (at >= start && at < start + n) core.queueHostEvent(ev(at - start, 0x90, 48 + at % 37, 100));
+            // All notes off.
+            if (8000 >= start && 8000 < start + n) core.queueHostEvent(ev(8000 - start, 0xB0, 122, 0));
+            core.processReplacing(nullptr, outs, n);
+            out.insert(out.end(), l.begin(), l.begin() + n);
+            outRight.insert(outRight.end(), r.begin(), r.begin() + n);
+        }
+        out.insert(out.end(), outRight.begin(), outRight.end());
+        return out;
+    };
+    const std::vector<float> reference = play(64);
+    float peak = 0.0f;
+    for (float s : reference) peak = std::max(peak, std::fabs(s));
+    EXPECT_GT(peak, 0.0f);
+    for (int size : {1, 63, 65, 4096}) {
+        const std::vector<float> out = play(size);
+        ASSERT_EQ(out.size(), reference.size());
+        int differences = 0;
+        for (size_t i = 0; i < out.size(); ++i) differences += out[i] != reference[i];
+        EXPECT_EQ(differences, 0) << "block size " << size;
+    }
+}
+
 TEST(PluginCore, EventsSoundSixtyFourSamplesLater) {
     Rig r;
     r.core->queueHostEvent(ev(10, 0x90, 64, 100));
