@@ -73,6 +73,13 @@ namespace {
 
 // Copies and fills go 8 bytes at a time once the target is 16-byte aligned.
 void copyPixels(Pixel* to, const Pixel* from, int n) {
+    const std::uintptr_t t = reinterpret_cast<std::uintptr_t>(to);
+    const std::uintptr_t f = reinterpret_cast<std::uintptr_t>(from);
+    const std::uintptr_t bytes = std::uintptr_t(n) * sizeof(Pixel);
+    if (t < f + bytes && f < t + bytes) {
+        std::memmove(to, from, bytes);  // a block drawn onto itself, shifted
+        return;
+    }
     while (n > 0 && (reinterpret_cast<std::uintptr_t>(to) & 15) != 0) {
         *to++ = *from++;
         --n;

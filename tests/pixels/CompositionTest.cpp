@@ -5,6 +5,7 @@
 #include "pixels/LookupRaster.h"
 #include "pixels/MaskedRaster.h"
 #include "pixels/MultiplyRaster.h"
+#include "pixels/OffsetRaster.h"
 #include "pixels/OverRaster.h"
 #include "pixels/ProductMask.h"
 #include "pixels/RectangleRaster.h"
@@ -303,4 +304,14 @@ TEST(SurfaceDrawing, PullingATreeAllocatesNothing) {
     canvas.surface.draw(ink, MULTIPLY_MODE);
     EXPECT_EQ(counter.count(), 0u);
     EXPECT_NE(canvas.at(350, 150), 0xFF000000u);
+}
+
+TEST(SurfaceDrawing, CopyFromAnOverlappingPartOfTheSameStripIsExact) {
+    // Within one strip a raw span may point into the very pixels it lands on.
+    Canvas canvas(200, 1, 0);
+    for (int x = 0; x < 200; ++x) canvas.pixels[std::size_t(x)] = 0xFF000000u | Pixel(x);
+    Surface source(canvas.pixels.data(), 200, IntRect(0, 0, 200, 1), true);
+    OffsetRaster shifted(source, 3, 0);  // pixel x shows source x - 3
+    canvas.surface.fill(shifted, IntRect(3, 0, 197, 1));
+    for (int x = 3; x < 200; ++x) ASSERT_EQ(canvas.at(x, 0), 0xFF000000u | Pixel(x - 3)) << x;
 }
