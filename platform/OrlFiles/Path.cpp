@@ -3,6 +3,8 @@
 #include "platform/OrlFiles/Exception.h"
 #include "platform/Utf16.h"
 
+#include <algorithm>
+
 namespace OrlFiles {
 
 namespace {
@@ -222,7 +224,13 @@ std::string Path::utf8() const {
 }
 
 std::u16string Path::systemText() const {
-    if (style_ == PathStyle::windows) {
+    // The long prefix turns off the system's own reading of the text: ".."
+    // would no longer step up, and a trailing dot or blank would stay in a
+    // name. Such paths go without it.
+    const bool plain = std::any_of(parts_.begin(), parts_.end(), [](const std::u16string& part) {
+        return part == u".." || part.back() == u'.' || part.back() == u' ';
+    });
+    if (style_ == PathStyle::windows && !plain) {
         if (root_ == Root::drive)
             return std::u16string(longPrefix) + text();
         if (root_ == Root::share)

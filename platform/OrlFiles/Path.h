@@ -74,7 +74,9 @@ public:
     std::u16string text() const;
     std::string utf8() const;
     // The text to give the system: in the windows style, absolute drive and
-    // share paths take the long prefix ("\\?\C:\a", "\\?\UNC\s\h\a").
+    // share paths take the long prefix ("\\?\C:\a", "\\?\UNC\s\h\a"),
+    // unless a part is ".." or ends in a dot or a blank, which only the
+    // system's own reading of a plain path resolves.
     std::u16string systemText() const;
 
     friend bool operator==(const Path&, const Path&) = default;

@@ -144,6 +144,14 @@ TEST(WindowsPath, AfterTheLongPrefixOnlyBackslashSeparatesAndDotsAreRefused) {
     EXPECT_EQ(failureOf("\\\\?\\UNC\\server", PathStyle::windows), "Error interpreting path : \\\\?\\UNC\\server");
 }
 
+TEST(WindowsPath, PathsTheSystemMustResolveTakeNoLongPrefix) {
+    EXPECT_EQ(win("C:\\a\\..\\b").systemText(), u"C:\\a\\..\\b");
+    EXPECT_EQ(win("\\\\s\\h\\..\\b").systemText(), u"\\\\s\\h\\..\\b");
+    EXPECT_EQ(win("C:\\a.\\b").systemText(), u"C:\\a.\\b");
+    EXPECT_EQ(win("C:\\a \\b").systemText(), u"C:\\a \\b");
+    EXPECT_EQ(win("C:\\a.b\\c").systemText(), u"\\\\?\\C:\\a.b\\c");
+}
+
 TEST(WindowsPath, RelativeAndRootedPathsTakeNoLongPrefix) {
     EXPECT_EQ(win("a\\b").systemText(), u"a\\b");
     EXPECT_EQ(win("\\a\\b").systemText(), u"\\a\\b");
