@@ -142,7 +142,8 @@ Value nativeForeach(Frame& a) {
     Frame& f = a.resolve(prefix);
     Frame::Entries entries;
     f.list(prefix, entries);
-    // The label is copied: the walk may outlive nothing, but keeps its own.
+    // The entries are listed first, so that changes made by the calls do
+    // not affect the walk.
     const Value label = f.label();
     for (const auto& entry : entries) {
         Value arguments[3] = {label.empty() ? entry.first : Value::joined(label, entry.first),
