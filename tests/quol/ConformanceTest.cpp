@@ -56,6 +56,8 @@ TEST_P(ConformanceScript, PassesEveryAssertion) {
     int asserts = 0;
     root.addNative("assert", std::make_unique<CountingAssert>(root.get(Quol::Value("::assert"), false), asserts));
 
+    // Scripts that write files write them into the build tree.
+    std::filesystem::current_path(TENDRANE_BINARY_DIR);
     const std::string text = readScript(GetParam());
     ASSERT_FALSE(text.empty()) << GetParam();
     try {
