@@ -93,4 +93,32 @@ TEST(ProgramNameCell, TwoWritersAndReadersLeaveOneOfTheWrittenNames) {
     EXPECT_TRUE(last == nameFor(9998) || last == nameFor(9999)) << last.size();
 }
 
+TEST(ProgramNameCell, ParametersStampsAndNameChangeWhileAnotherThreadCopies) {
+    // Parameters and the stamp are single atomic words, the name goes through
+    // its cell: a reader may see a mixture of old and new parameters, but
+    // every value it sees is one that was written.
+    NorvelleProgram program;
+    std::atomic<bool> done{false};
+    std::atomic<int> strange{0};
+    std::thread reader([&] {
+        while (!done.load()) {
+            NorvelleProgram copy(program);
+            for (int i = 0; i < PARAM_COUNT; ++i) {
+                const float v = copy.param(i);
+                if (!(v >= 0.0f && v <= 1.0f)) strange.fetch_add(1);
+            }
+            if (copy.stamp() == 0) strange.fetch_add(1);
+            if (!isWholeName(copy.getName()) && copy.getName() != u"Init") strange.fetch_add(1);
+        }
+    });
+    for (int i = 0; i < 20000; ++i) {
+        program.setParam(i % PARAM_COUNT, static_cast<float>(i % 1000) / 999.0f);
+        program.touch(false);
+        if (i % 16 == 0) program.setName(nameFor(i));
+    }
+    done.store(true);
+    reader.join();
+    EXPECT_EQ(strange.load(), 0);
+}
+
 }  // namespace
