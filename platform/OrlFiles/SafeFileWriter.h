@@ -13,8 +13,8 @@
 // in one atomic step. The replaced file's permissions carry over; its
 // creation time cannot (no call sets a birth time).
 // Windows: a uniquely named temporary file in the destination's folder,
-// deleted by the system if the process dies before commit; commit keeps the
-// creation time of the file it replaces.
+// marked for deletion until the commit, so that the system removes it if the
+// process dies first; commit keeps the creation time of the file it replaces.
 #pragma once
 
 #include "platform/OrlFiles/File.h"

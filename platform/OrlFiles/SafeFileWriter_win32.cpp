@@ -19,7 +19,8 @@ HANDLE handleOf(const File& file) {
     return reinterpret_cast<HANDLE>(file.nativeHandle());
 }
 
-// Whether the system deletes the file when its last handle closes.
+// Marks the file to be deleted when its last handle closes, or takes the
+// mark back.
 bool setDeleteOnClose(HANDLE h, bool deleteIt) {
     FILE_DISPOSITION_INFO info;
     info.DeleteFile = deleteIt ? TRUE : FALSE;
@@ -44,11 +45,15 @@ SafeFileWriter::SafeFileWriter(const Path& destination, Temporary) : destination
     const std::u16string name(reinterpret_cast<const char16_t*>(buffer));
     temporary_ = Path::parse(std::u16string_view(name), PathStyle::windows);
 
-    // Deleted by the system should this process end before the commit.
     const HANDLE h = CreateFileW(buffer, GENERIC_READ | GENERIC_WRITE | DELETE, FILE_SHARE_READ | FILE_SHARE_DELETE,
-                                 nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL | FILE_FLAG_DELETE_ON_CLOSE, nullptr);
-    if (h == INVALID_HANDLE_VALUE) {
+                                 nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+    // Marked for deletion, so that the system removes it should this process
+    // end before the commit. (Unlike the flag for deleting on close, the mark
+    // can be taken back.)
+    if (h == INVALID_HANDLE_VALUE || !setDeleteOnClose(h, true)) {
         const DWORD error = GetLastError();
+        if (h != INVALID_HANDLE_VALUE)
+            CloseHandle(h);
         DeleteFileW(buffer);
         SetLastError(error);
         throwSystemError("Error creating temporary file");
@@ -65,6 +70,10 @@ void SafeFileWriter::commit() {
     const std::wstring destination = win32PathText(destination_);
     const std::wstring temporary = win32PathText(temporary_);
 
+    // From here on the file must outlive its handle.
+    if (!setDeleteOnClose(handleOf(stream_), false))
+        throwSystemError("Error committing file");
+
     // The new file keeps the creation time of the one it replaces; its last
     // access and last write times stay its own.
     bool destinationDeleted = false;
@@ -76,8 +85,6 @@ void SafeFileWriter::commit() {
         SetFileTime(handleOf(stream_), &old.ftCreationTime, nullptr, nullptr);
     }
 
-    if (!setDeleteOnClose(handleOf(stream_), false))
-        throwSystemError("Error committing file");
     stream_.close();
 
     const bool renamed = MoveFileW(temporary.c_str(), destination.c_str()) != 0;
@@ -85,8 +92,9 @@ void SafeFileWriter::commit() {
 
     // The stream reopens on the file as it now stands.
     const std::wstring& current = renamed ? destination : temporary;
-    const HANDLE h = CreateFileW(current.c_str(), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ, nullptr,
-                                 OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    const HANDLE h = CreateFileW(current.c_str(), GENERIC_READ | GENERIC_WRITE | DELETE,
+                                 FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL,
+                                 nullptr);
     if (h != INVALID_HANDLE_VALUE) {
         stream_ = File::adopt(reinterpret_cast<std::intptr_t>(h));
         LARGE_INTEGER end{};
@@ -106,7 +114,7 @@ void SafeFileWriter::commit() {
 void SafeFileWriter::abandon() {
     if (committed_)
         return;
-    stream_.close();  // before a commit, closing deletes the file
+    stream_.close();  // before a commit, the file is marked for deletion
     if (!temporary_.empty() && !keepTemporary_) {
         const std::wstring temporary = win32PathText(temporary_);
         temporary_ = Path();
