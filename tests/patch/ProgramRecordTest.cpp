@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "patch/NorvelleProgram.h"
+#include "patch/ProgramText.h"
 
 namespace {
 
@@ -194,6 +195,23 @@ TEST(ProgramRecord, ImplementationIsKeptThroughCopyAndInitRestoresTheCurrentOne)
     EXPECT_EQ(assigned.implementation, 3);
     assigned.init();
     EXPECT_EQ(assigned.implementation, CURRENT_IMPLEMENTATION);
+}
+
+TEST(ProgramRecord, ImplementationThreeStaysThroughSaveAndLoad) {
+    NorvelleProgram p;
+    p.implementation = 3;
+    p.seed = 4321u;
+    p.computeBranchDeviations();
+    const NorvelleProgram loaded = readProgramText(writeProgramText(p, true));
+    EXPECT_EQ(loaded.implementation, 3);
+    EXPECT_EQ(loaded.seed, 4321u);
+    // Its rows are those of implementation 3 again: flt_kf has no deviation.
+    for (int k = 0; k < BRANCH_COUNT; ++k) {
+        EXPECT_EQ(loaded.branchDeviations[k][Gene::flt_kf], 0.0f);
+        for (int i = 0; i < MUTABLE_GENE_COUNT; ++i) {
+            EXPECT_EQ(loaded.branchDeviations[k][i], p.branchDeviations[k][i]);
+        }
+    }
 }
 
 TEST(ProgramRecord, NamesAreAnyTextIncludingEmptyAndLong) {
