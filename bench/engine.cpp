@@ -31,6 +31,9 @@ NorvelleProgram benchPatch(bool reverb) {
     p.setGene(Gene::env_time, 0.95f);
     p.setGene(Gene::vol_sus, 1.0f);
     p.setGene(Gene::fx_mix, reverb ? 0.7f : 0.0f);
+    // Without reverb the send must be exactly silent on every branch: Effect
+    // at 0 takes the mix to 0 whatever the mutation did to it.
+    if (!reverb) p.setParam(Param::Effect, 0.0f);
     for (int b = 0; b < BRANCH_COUNT; ++b) p.setParam(Param::Branch1 + b, 0.4f);
     p.computeBranchDeviations();
     p.touch(false);
@@ -67,7 +70,10 @@ struct VoiceRig {
         for (int i = 0; i < 64; ++i) left[i] = right[i] = send[i] = 0.0f;
         silent = true;
         sendSilent = true;
-        for (Voice& v : voices) v.render(block);
+        // As the engine does: two voices at a time.
+        std::size_t i = 0;
+        for (; i + 1 < voices.size(); i += 2) Voice::renderTwo(voices[i], voices[i + 1], block);
+        if (i < voices.size()) voices[i].render(block);
         if (reverb) {
             chorus.process(send, wetL, wetR, 1.0f, 2.0f, 8000.0f, 1.0f);
             for (int i = 0; i < 64; ++i) {

@@ -164,9 +164,11 @@ void SoundEngine::render(const NorvelleProgram& program, const MidiConfigRecord&
     block.sendSilent = &sendSilent_;
     block.decoders = decoders_;
     block.manager = this;
-    for (auto& v : voices_) {
-        v.render(block);
-        displayLevel(v);
+    // Two voices at a time: their filters share the four lanes.
+    for (int i = 0; i < VOICE_COUNT; i += 2) {
+        Voice::renderTwo(voices_[i], voices_[i + 1], block);
+        displayLevel(voices_[i]);
+        displayLevel(voices_[i + 1]);
     }
 
     reverbBlock(program, releaseSec, silentFlag);

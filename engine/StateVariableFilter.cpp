@@ -75,4 +75,39 @@ void renderFilterPair(float* low2, float* band2, const FilterCoefficients& first
     band2[1] = lanes[1];
 }
 
+void renderFilterPairs(float* lowA, float* bandA, const FilterCoefficients& firstA, const FilterCoefficients& secondA,
+                       const float* inA, float* outA, float* lowB, float* bandB, const FilterCoefficients& firstB,
+                       const FilterCoefficients& secondB, const float* inB, float* outB) {
+    const __m128 c = _mm_setr_ps(firstA.c, secondA.c, firstB.c, secondB.c);
+    const __m128 d = _mm_setr_ps(firstA.d, secondA.d, firstB.d, secondB.d);
+    __m128 low = _mm_setr_ps(lowA[0], lowA[1], lowB[0], lowB[1]);
+    __m128 band = _mm_setr_ps(bandA[0], bandA[1], bandB[0], bandB[1]);
+    auto input = [&](int i) { return _mm_setr_ps(inA[i], inA[i], inB[i], inB[i]); };
+    alignas(16) float lanes[4];
+    auto store = [&](int i, __m128 l) {
+        _mm_store_ps(lanes, l);
+        outA[i] = lanes[0] + lanes[1];
+        outB[i] = lanes[2] + lanes[3];
+    };
+    for (int i = 0; i < kFrameSamples; i += 4) {
+        store(i, filterStep(input(i), low, band, c, d));
+        store(i + 1, filterStep(input(i + 1), low, band, c, d));
+        band = dropTinyBits(band);
+        store(i + 2, filterStep(input(i + 2), low, band, c, d));
+        store(i + 3, filterStep(input(i + 3), low, band, c, d));
+        band = dropTinyBits(band);
+        low = dropTinyBits(low);
+    }
+    _mm_store_ps(lanes, low);
+    lowA[0] = lanes[0];
+    lowA[1] = lanes[1];
+    lowB[0] = lanes[2];
+    lowB[1] = lanes[3];
+    _mm_store_ps(lanes, band);
+    bandA[0] = lanes[0];
+    bandA[1] = lanes[1];
+    bandB[0] = lanes[2];
+    bandB[1] = lanes[3];
+}
+
 }  // namespace engine

@@ -23,4 +23,11 @@ void filterFrequencies(float fc, float separation, float& f1, float& f2);
 void renderFilterPair(float* low2, float* band2, const FilterCoefficients& first, const FilterCoefficients& second,
                       const float* in16, float* out16);
 
+// Two voices at once: the first voice's filters in lanes 0 and 1, the
+// second's in lanes 2 and 3. Each voice gets exactly what renderFilterPair
+// would give it.
+void renderFilterPairs(float* lowA, float* bandA, const FilterCoefficients& firstA, const FilterCoefficients& secondA,
+                       const float* inA, float* outA, float* lowB, float* bandB, const FilterCoefficients& firstB,
+                       const FilterCoefficients& secondB, const float* inB, float* outB);
+
 }  // namespace engine

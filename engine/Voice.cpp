@@ -60,47 +60,99 @@ int Voice::priority() const {
     return 0;
 }
 
-void Voice::render(const VoiceBlock& b) {
+bool Voice::beginBlock(const VoiceBlock& b, float& factor) {
     if (!active && startAt < 0) {
         lastAmp = 0.0f;
         lastFreq = 0.001f;
-        return;
+        return false;
     }
-    float factor = holdRelease ? 1.0f : b.releaseCoef;
-
+    factor = holdRelease ? 1.0f : b.releaseCoef;
     if (active && b.program && rates_) updateBlock(b);
+    return true;
+}
 
-    for (int frame = 0; frame < FRAMES_PER_BLOCK; ++frame) {
-        if (startAt >= 0) {
-            if (startAt - FRAME < 0) {
-                if (active) {
-                    // The voice must fade before the new note: try again next frame.
-                    if (releaseAt >= 0) releaseAt += FRAME;
-                    if (rates_) fadeRate = std::max(rates_->stealRate, fadeRate);
-                } else {
-                    startAt = -1;
-                    startNote(b);
-                }
+bool Voice::frameDue(const VoiceBlock& b, float& factor) {
+    if (startAt >= 0) {
+        if (startAt - FRAME < 0) {
+            if (active) {
+                // The voice must fade before the new note: try again next frame.
+                if (releaseAt >= 0) releaseAt += FRAME;
+                if (rates_) fadeRate = std::max(rates_->stealRate, fadeRate);
             } else {
-                startAt -= FRAME;
+                startAt = -1;
+                startNote(b);
             }
+        } else {
+            startAt -= FRAME;
         }
-        if (releaseAt >= 0) {
-            if (releaseAt - FRAME < 0) {
-                releaseAt = -1;
-                holdRelease = false;
-                factor = b.releaseCoef;
-            } else {
-                releaseAt -= FRAME;
-            }
-        }
-        if (!active) continue;
-        renderFrame(b, frame, factor);
     }
+    if (releaseAt >= 0) {
+        if (releaseAt - FRAME < 0) {
+            releaseAt = -1;
+            holdRelease = false;
+            factor = b.releaseCoef;
+        } else {
+            releaseAt -= FRAME;
+        }
+    }
+    return active;
+}
+
+void Voice::endBlock(const VoiceBlock& b) {
     // The LFO runs on for every voice that sounds or waits to, once a block.
-    if (decoder) lfoPhase = engine::advanceLfo(lfoPhase, decoder->params().lfoStep);
+    if (decoder) lfoPhase = engine::advanceLfo(lfoPhase, params_.lfoStep);
     // Active or with a start pending at the block start: not a silent block.
     if (b.silent) *b.silent = false;
+}
+
+void Voice::render(const VoiceBlock& b) {
+    float factor = 1.0f;
+    if (!beginBlock(b, factor)) return;
+    for (int frame = 0; frame < FRAMES_PER_BLOCK; ++frame)
+        if (frameDue(b, factor)) renderFrame(b, frame, factor);
+    endBlock(b);
+}
+
+void Voice::renderTwo(Voice& x, Voice& y, const VoiceBlock& b) {
+    float fx = 1.0f, fy = 1.0f;
+    const bool bx = x.beginBlock(b, fx);
+    const bool by = y.beginBlock(b, fy);
+    if (!bx && !by) return;
+    if (!bx || !by || !x.decoder || !y.decoder || !b.decoders) {
+        // Nothing to share: one after the other, as always.
+        if (bx) {
+            for (int frame = 0; frame < FRAMES_PER_BLOCK; ++frame)
+                if (x.frameDue(b, fx)) x.renderFrame(b, frame, fx);
+            x.endBlock(b);
+        }
+        if (by) {
+            for (int frame = 0; frame < FRAMES_PER_BLOCK; ++frame)
+                if (y.frameDue(b, fy)) y.renderFrame(b, frame, fy);
+            y.endBlock(b);
+        }
+        return;
+    }
+    FrameWork wx, wy;
+    for (int frame = 0; frame < FRAMES_PER_BLOCK; ++frame) {
+        const bool sx = x.frameDue(b, fx);
+        const bool sy = y.frameDue(b, fy);
+        if (sx && sy && x.decoder && y.decoder) {
+            x.frameSource(b, fx, wx);
+            y.frameSource(b, fy, wy);
+            using namespace engine;
+            renderFilterPairs(x.filterLow, x.filterBand, filterCoefficients(wx.f1, x.params_.filterDamp),
+                              filterCoefficients(wx.f2, x.params_.filterDamp), wx.mix, wx.out, y.filterLow,
+                              y.filterBand, filterCoefficients(wy.f1, y.params_.filterDamp),
+                              filterCoefficients(wy.f2, y.params_.filterDamp), wy.mix, wy.out);
+            x.frameOutput(b, frame, wx);
+            y.frameOutput(b, frame, wy);
+        } else {
+            if (sx) x.renderFrame(b, frame, fx);
+            if (sy) y.renderFrame(b, frame, fy);
+        }
+    }
+    x.endBlock(b);
+    y.endBlock(b);
 }
 
 void Voice::updateBlock(const VoiceBlock& b) {
@@ -112,7 +164,8 @@ void Voice::updateBlock(const VoiceBlock& b) {
     if (!b.decoders) return;
     decoder = &b.decoders[branch];
     decoder->update(*b.program, branchAmount, b.atonality, b.effectBi, rates_->sampleRate);
-    const engine::BranchParams& p = decoder->params();
+    params_ = decoder->params();
+    const engine::BranchParams& p = params_;
 
     pan = engine::dropTinyBits(pan);
     aForm = engine::dropTinyBits(aForm);
@@ -138,7 +191,7 @@ void Voice::updateBlock(const VoiceBlock& b) {
 }
 
 void Voice::controlValues(const VoiceBlock& b) {
-    const engine::BranchParams& p = decoder->params();
+    const engine::BranchParams& p = params_;
     const float lfo = engine::lfoValue(lfoPhase);
     tremoloGain_ = engine::tremoloGain(lfo, p.tremolo);
     const float wheelRange = b.midiConfig ? float(b.midiConfig->pitchWheelRange) : 0.0f;
@@ -170,7 +223,8 @@ void Voice::startNote(const VoiceBlock& b) {
     if (b.decoders && b.program && rates_) {
         decoder = &b.decoders[branch];
         decoder->update(*b.program, branchAmount, b.atonality, b.effectBi, rates_->sampleRate);
-        modVelocity = engine::bias(w, decoder->params().modVelBias);
+        params_ = decoder->params();
+        modVelocity = engine::bias(w, params_.modVelBias);
     }
 
     releaseGain = 1.0f;
@@ -191,7 +245,7 @@ void Voice::startNote(const VoiceBlock& b) {
     if (decoder) {
         // The smoothed copies and the pan start at their targets; the output
         // gains start at 0, so the note opens through the gain ramp.
-        const engine::BranchParams& p = decoder->params();
+        const engine::BranchParams& p = params_;
         pan = engine::panTarget(branch, b.rotation, b.effectBi, branchAmount);
         aForm = p.aForm;
         bForm = p.bForm;
@@ -209,8 +263,15 @@ void Voice::renderFrame(const VoiceBlock& b, int frame, float factor) {
         if (!engine::stepReleaseGain(releaseGain, factor, fadeRate)) active = false;
         return;
     }
+    FrameWork work;
+    frameSource(b, factor, work);
+    frameFilter(work);
+    frameOutput(b, frame, work);
+}
+
+void Voice::frameSource(const VoiceBlock&, float factor, FrameWork& work) {
     using namespace engine;
-    const BranchParams& p = decoder->params();
+    const BranchParams& p = params_;
     const EngineRates& rates = *rates_;
 
     // Envelope clock, release and smoothing.
@@ -223,18 +284,20 @@ void Voice::renderFrame(const VoiceBlock& b, int frame, float factor) {
     followValue(bGain, p.bGain, rates.valueSmooth);
     followValue(subAmount, p.subAmount, rates.valueSmooth);
     followValue(volSus, p.volSus, rates.valueSmooth);
-    const float amp =
-        envelopeAmp(envPos, curves.vol, loopScale, susRamp, volSus, velGain, releaseGain, tremoloGain_);
+    work.amp = envelopeAmp(envPos, curves.vol, loopScale, susRamp, volSus, velGain, releaseGain, tremoloGain_);
     stepModHold(modHold, modHoldAcc, p.modHoldRate, loopScale, envPos, curves.mod, modVelocity);
 
     // Frequencies of this frame.
     const float fA = std::min((p.aFreq + p.aFreqMod * modHold) * pitch_, rates.maxFreq);
     const float fB = std::min((p.bFreq + p.bFreqMod * modHold) * pitch_, rates.maxFreq);
     const float fc = (p.filterFreq + p.filterFreqMod * modHold) * keyFollow_;
+    work.fA = fA;
+    filterFrequencies(fc, p.filterSep, work.f1, work.f2);
 
     alignas(16) float rawB[kFrameSamples], rawA[kFrameSamples];
     alignas(16) float bn[kFrameSamples], an[kFrameSamples];
-    alignas(16) float osc[kFrameSamples], step[kFrameSamples], mix[kFrameSamples];
+    alignas(16) float osc[kFrameSamples], step[kFrameSamples];
+    float* mix = work.mix;
     const NoiseTable& table = NoiseTable::instance();
     table.read(random, rawB);
     table.read(random, rawA);
@@ -274,18 +337,21 @@ void Voice::renderFrame(const VoiceBlock& b, int frame, float factor) {
         _mm_store_ps(mix + i, m);
     }
 
-    // Filters.
-    float f1, f2;
-    filterFrequencies(fc, p.filterSep, f1, f2);
-    renderFilterPair(filterLow, filterBand, filterCoefficients(f1, p.filterDamp), filterCoefficients(f2, p.filterDamp),
-                     mix, osc);
+    meanStep *= 1.0f - rates.stepSmooth;
+}
 
-    // Into the buses.
+void Voice::frameFilter(FrameWork& work) {
+    using namespace engine;
+    renderFilterPair(filterLow, filterBand, filterCoefficients(work.f1, params_.filterDamp),
+                     filterCoefficients(work.f2, params_.filterDamp), work.mix, work.out);
+}
+
+void Voice::frameOutput(const VoiceBlock& b, int frame, FrameWork& work) {
+    using namespace engine;
     const int at = frame * kFrameSamples;
-    addFrameToBuses(osc, outputGains_, amp, rates.gainStep, gainLeft, gainRight, gainSend, b.left + at,
+    addFrameToBuses(work.out, outputGains_, work.amp, rates_->gainStep, gainLeft, gainRight, gainSend, b.left + at,
                     b.right + at, b.send + at);
     if (b.sendSilent && std::fabs(gainSend) >= 1e-8f) *b.sendSilent = false;
-    meanStep *= 1.0f - rates.stepSmooth;
-    lastAmp = amp;
-    lastFreq = fA;
+    lastAmp = work.amp;
+    lastFreq = work.fA;
 }

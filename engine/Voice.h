@@ -62,6 +62,9 @@ public:
 
     // One 64-sample block into the buses of the block.
     void render(const VoiceBlock& block);
+    // Two voices' blocks at once, their filters side by side: the same
+    // sound as first.render(block) and then second.render(block).
+    static void renderTwo(Voice& first, Voice& second, const VoiceBlock& block);
 
     // The state of a voice that has never sounded; random seeds its noise.
     void clear(uint32_t random);
@@ -121,6 +124,24 @@ protected:
     // LFO, tremolo, pitch, key follow and output gains, from the decoded
     // values and the smoothed pan.
     void controlValues(const VoiceBlock& block);
+    // The parts of render: the block start (false: nothing to do), the
+    // timing of a frame (true: the frame sounds), the block end.
+    bool beginBlock(const VoiceBlock& block, float& factor);
+    bool frameDue(const VoiceBlock& block, float& factor);
+    void endBlock(const VoiceBlock& block);
+
+    // A sounding frame in three steps: everything before the filters, the
+    // filters, everything after.
+    struct FrameWork {
+        alignas(16) float mix[16];
+        alignas(16) float out[16];
+        float f1 = 0, f2 = 0;
+        float amp = 0, fA = 0;
+    };
+    void frameSource(const VoiceBlock& block, float factor, FrameWork& work);
+    void frameFilter(FrameWork& work);
+    void frameOutput(const VoiceBlock& block, int frame, FrameWork& work);
+
     // The note start, in the frame where it falls.
     void startNote(const VoiceBlock& block);
     // One sounding frame; factor is the release factor of the frame.
@@ -133,4 +154,7 @@ protected:
     float pitch_ = 1.0f;
     float keyFollow_ = 1.0f;
     engine::VoiceOutputGains outputGains_;
+    // The decoded values of the voice's last update: a decoder shared with
+    // another voice may have moved on since.
+    engine::BranchParams params_;
 };

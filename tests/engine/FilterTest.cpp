@@ -138,3 +138,24 @@ TEST(FilterTest, SameOutputWithAndWithoutFlushToZeroAndNoDenormalsAfterSilence) 
     EXPECT_LT(std::fabs(lowA[0]), 1e-6f);
     EXPECT_LT(std::fabs(bandA[0]), 1e-6f);
 }
+
+TEST(FilterTest, TwoVoicesSideBySideGetWhatEachGetsAlone) {
+    std::vector<float> a = noise(512, 0.7f), b = noise(1024, 3.0f);
+    b.erase(b.begin(), b.begin() + 512);
+    float lowA[2] = {0.1f, -0.2f}, bandA[2] = {0.3f, 0.0f}, lowB[2] = {}, bandB[2] = {5.0f, -5.0f};
+    float lowA2[2] = {0.1f, -0.2f}, bandA2[2] = {0.3f, 0.0f}, lowB2[2] = {}, bandB2[2] = {5.0f, -5.0f};
+    for (std::size_t i = 0; i < 512; i += 16) {
+        const FilterCoefficients a1 = filterCoefficients(0.01f, -2.0f), a2 = filterCoefficients(0.03f, -2.0f);
+        const FilterCoefficients b1 = filterCoefficients(0.2f, 0.5f), b2 = filterCoefficients(0.45f, 0.5f);
+        float outA[16], outB[16], aloneA[16], aloneB[16];
+        renderFilterPairs(lowA, bandA, a1, a2, &a[i], outA, lowB, bandB, b1, b2, &b[i], outB);
+        renderFilterPair(lowA2, bandA2, a1, a2, &a[i], aloneA);
+        renderFilterPair(lowB2, bandB2, b1, b2, &b[i], aloneB);
+        for (int k = 0; k < 16; ++k) {
+            ASSERT_EQ(outA[k], aloneA[k]);
+            ASSERT_EQ(outB[k], aloneB[k]);
+        }
+    }
+    EXPECT_EQ(lowA[1], lowA2[1]);
+    EXPECT_EQ(bandB[0], bandB2[0]);
+}
