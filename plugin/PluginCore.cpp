@@ -8,6 +8,8 @@
 #include <thread>
 
 #include "engine/SoundEngine.h"
+#include "patch/StartupBank.h"
+#include "plugin/PluginBankSlots.h"
 #include "platform/Exceptions.h"
 #include "plugin/Jingle.h"
 
@@ -30,6 +32,7 @@ PluginCore::PluginCore(audioMasterCallback audioMaster, std::unique_ptr<RenderIn
     isSynth();
     canProcessReplacing();
     programsAreChunks();
+    setInitialDelay(BLOCK);
 
     // The VstEvents header holds numEvents, a reserved word and the pointers.
     const std::size_t headerWords = offsetof(VstEvents, events) / sizeof(VstIntPtr);
@@ -40,7 +43,11 @@ PluginCore::PluginCore(audioMasterCallback audioMaster, std::unique_ptr<RenderIn
         outgoing_->events[i] = reinterpret_cast<VstEvent*>(&outgoingEvents_[i]);
 }
 
-PluginCore::~PluginCore() { delete jingle_.exchange(nullptr); }
+PluginCore::~PluginCore() {
+    // The bank link reads the slots from its timer: it goes first.
+    bankLink_.reset();
+    delete jingle_.exchange(nullptr);
+}
 
 // ---------------------------------------------------------------------------
 // Host life cycle.
@@ -203,6 +210,7 @@ void PluginCore::renderBlock(float** outputs, int32_t frames, bool accumulate) {
                 pending_[consumed].time -= blockClock_;
                 ++consumed;
             }
+            actOnRun(pending_ + runStart, consumed - runStart, *blockConfig);
             VersionedCell<NorvelleProgram>& cell =
                 previewing_.load() ? preview_ : programs_[currentProgram_.load()];
             NorvelleProgram* record = cell.acquire();

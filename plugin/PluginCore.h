@@ -9,6 +9,8 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
+#include <string>
+#include <vector>
 
 #include "engine/EventRing.h"
 #include "engine/RenderInterface.h"
@@ -20,6 +22,8 @@
 #include "plugin/AudioEffectX.h"
 
 class Jingle;
+class StartupBankLink;
+class PluginBankSlots;
 
 class PluginCore : public AudioEffectX {
 public:
@@ -46,6 +50,43 @@ public:
     VstInt32 getProgram() override { return currentProgram_.load(); }
     void setProgramName(char* name) override;
     void getProgramName(char* name) override;
+    bool getProgramNameIndexed(VstInt32 category, VstInt32 index, char* text) override;
+
+    // Host parameters.
+    void setParameter(VstInt32 index, float value) override;
+    float getParameter(VstInt32 index) override;
+    void getParameterName(VstInt32 index, char* text) override;
+    void getParameterLabel(VstInt32 index, char* label) override;
+    void getParameterDisplay(VstInt32 index, char* text) override;
+    // Any thread: stores one parameter in the current program (and in the
+    // preview slot while previewing). False when the value was already there.
+    bool parameterChanged(int index, float value);
+
+    // The song's state: the current program alone, or the bank with the MIDI
+    // configuration. A chunk that doesn't read whole changes nothing and
+    // answers 0.
+    VstInt32 getChunk(void** data, bool isPreset) override;
+    VstInt32 setChunk(void* data, VstInt32 byteSize, bool isPreset) override;
+
+    // Names and capabilities.
+    VstIntPtr dispatcher(VstInt32 opcode, VstInt32 index, VstIntPtr value, void* ptr, float opt) override;
+    bool getEffectName(char* name) override;
+    bool getVendorString(char* text) override;
+    bool getProductString(char* text) override;
+    VstInt32 getVendorVersion() override { return 1; }
+    VstInt32 canDo(char* text) override;
+    VstInt32 getNumMidiInputChannels() override { return 16; }
+    VstInt32 getNumMidiOutputChannels() override { return 16; }
+
+    // Audio thread: the host's MIDI for the next host call.
+    VstInt32 processEvents(VstEvents* events) override;
+    // The interface's audition of a note: key "down" or "up". Throws
+    // ::Exception for a note out of range or another key.
+    void preview(const std::string& key, int note, int velocity);
+
+    // Slots from the startup bank (or the factory patches), the MIDI
+    // configuration from the preferences; for instances a host creates.
+    void lateConstruction();
 
     // Audio thread: one host block of frames samples into outputs[0] and
     // outputs[1], added to what is there when accumulate.
@@ -105,6 +146,8 @@ public:
 
 private:
     void switchProgram(int program, bool fromMidi);
+    // The controllers and program changes of a run about to be rendered.
+    void actOnRun(const TimedEvent* run, int count, const MidiConfigRecord& config);
     void sendMidiOut(const TimedEvent* events, int count);
     void sortPending();
     uint32_t noiseSeed() const;
@@ -144,4 +187,8 @@ private:
     std::atomic<int> jingleInUse_{0};
     uint32_t fixedSeed_ = 1;
     bool seedFixed_ = false;
+    // The bytes last handed to the host by getChunk.
+    std::vector<uint8_t> chunk_;
+    std::unique_ptr<PluginBankSlots> bankSlots_;
+    std::unique_ptr<StartupBankLink> bankLink_;
 };
