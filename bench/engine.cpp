@@ -148,6 +148,34 @@ void BM_Engine12Held(benchmark::State& state) {
 }
 BENCHMARK(BM_Engine12Held)->ArgNames({"reverb", "rate"})->ArgsProduct({{0, 1}, {44100, 96000}});
 
+// The same with the plain Init patch (no noise, no FM; its own reverb mix).
+void BM_Engine12HeldInit(benchmark::State& state) {
+    const float rate = float(state.range(0));
+    auto engine = std::make_unique<SoundEngine>();
+    engine->init(rate, 1);
+    NorvelleProgram p;
+    MidiConfigRecord config;
+    std::vector<TimedEvent> notes;
+    for (int i = 0; i < 12; ++i) {
+        TimedEvent e;
+        e.time = i;
+        e.status = 0x90;
+        e.data1 = uint8_t(48 + i);
+        e.data2 = 100;
+        notes.push_back(e);
+    }
+    float l[64], r[64];
+    bool silent = false;
+    engine->render(p, config, int(notes.size()), notes.data(), l, r, silent);
+    for (int i = 0; i < 8; ++i) engine->render(p, config, 0, nullptr, l, r, silent);
+    for (auto _ : state) {
+        engine->render(p, config, 0, nullptr, l, r, silent);
+        benchmark::DoNotOptimize(l[0]);
+    }
+    setCounters(state, 12, rate);
+}
+BENCHMARK(BM_Engine12HeldInit)->ArgName("rate")->Arg(44100)->Arg(96000);
+
 void BM_ReverbOnly(benchmark::State& state) {
     const float rate = float(state.range(0));
     engine::ChorusReverb chorus;
