@@ -13,3 +13,13 @@ set_target_properties(plugin_host_tests PROPERTIES ENABLE_EXPORTS ON)
 add_dependencies(plugin_host_tests tendrane_vst)
 gtest_discover_tests(plugin_host_tests DISCOVERY_MODE PRE_TEST
                      PROPERTIES LABELS plugin)
+
+# A real host, headless: the scanner, a session rendered, saved, reopened.
+find_package(Python3 COMPONENTS Interpreter)
+if(Python3_FOUND)
+  add_test(NAME host_ardour_session
+           COMMAND ${Python3_EXECUTABLE} ${TENDRANE_HOST_DIR}/ardour/ardour_host_test.py
+                   --plugin $<TARGET_FILE:tendrane_vst> --tendrane $<TARGET_FILE:tendrane>
+                   --patch ${TENDRANE_HOST_DIR}/data/HostCheck.tdrn --work ${PROJECT_BINARY_DIR}/host-ardour)
+  set_tests_properties(host_ardour_session PROPERTIES LABELS host TIMEOUT 900)
+endif()
