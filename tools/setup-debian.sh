@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs the Debian packages a task needs, only those missing.
-#   tools/setup-debian.sh build|fuzz|cross|tools ...
+#   tools/setup-debian.sh build|fuzz|cross|tools|host ...
 # "build" is what building and testing need; the others add to it.
 set -euo pipefail
 
@@ -11,6 +11,7 @@ packages_for() {
     fuzz)  echo clang libclang-rt-14-dev ;;
     cross) echo g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix ;;
     tools) echo libfreetype-dev ;;
+    host)  echo ardour wine64 python3 g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64 ;;
     *) echo "setup-debian: unknown package group '$1'" >&2; exit 1 ;;
   esac
 }
