@@ -36,10 +36,10 @@ uint32_t parseWord(const std::string& text) {
 }  // namespace
 
 int runPlant(const std::vector<std::string>& args) {
-    std::vector<OptionSpec> specs = recordOptionSpecs();
-    specs.push_back({"branch", 0, true, false});
-    specs.push_back({"rng", 0, true, false});
-    Options options(specs);
+    std::vector<OptionSpec> accepted = recordOptionSpecs();
+    accepted.push_back({"branch", 0, true, false});
+    accepted.push_back({"rng", 0, true, false});
+    Options options(accepted);
     options.parse(args);
     if (options.positional().size() > 1) throw UsageError("give at most one patch file");
     const std::string file = options.positional().empty() ? std::string() : options.positional()[0];
