@@ -28,6 +28,18 @@ struct PrimeTable {
 constexpr int kLinePrime[ChorusReverb::LINES] = {12, 13, 15, 16, 18, 19, 21, 22, 24, 25, 27, 28};
 constexpr int kDiffPrime[ChorusReverb::DIFFUSERS] = {20, 23, 29, 17, 26, 32};  // 79 97 127 67 107 139
 
+// The walk generator steps x -> x * M - S. Taken j times in one go it is
+// x -> x * M^j - S (M^(j-1) + ... + M + 1), all modulo 2^32.
+constexpr uint32_t kDrawStepMul = 0x569CF9F3u;
+constexpr uint32_t kDrawStepSub = 0x06DC3E2Du;
+constexpr uint32_t kDrawMul[4] = {kDrawStepMul, kDrawStepMul * kDrawStepMul,
+                                  kDrawStepMul * kDrawStepMul * kDrawStepMul,
+                                  kDrawStepMul * kDrawStepMul * kDrawStepMul * kDrawStepMul};
+constexpr uint32_t kDrawSub[4] = {kDrawStepSub, kDrawStepSub * kDrawMul[0] + kDrawStepSub,
+                                  kDrawStepSub * kDrawMul[1] + kDrawStepSub * kDrawMul[0] + kDrawStepSub,
+                                  kDrawStepSub * kDrawMul[2] + kDrawStepSub * kDrawMul[1] +
+                                      kDrawStepSub * kDrawMul[0] + kDrawStepSub};
+
 // N / p rounded to nearest, in integers.
 int delayFor(int N, int p) { return (p / 2 + N) / p; }
 
@@ -145,11 +157,15 @@ void ChorusReverb::process(const float* in, float* outLeft, float* outRight, flo
     __m128 walk1 = _mm_load_ps(walk1_), walk2 = _mm_load_ps(walk2_);
     for (int n = 0; n < BLOCK; ++n) {
         // Four random draws drive the four walks, low-passed twice at 1.25 Hz.
+        // The four steps of the generator, each taken straight from the
+        // word it starts with: the same numbers without a chain of four.
         alignas(16) int32_t draws[4];
-        for (int j = 0; j < 4; ++j) {
-            random1_ = random1_ * 0x569CF9F3u - 0x06DC3E2Du;
-            draws[j] = int32_t(random1_);
-        }
+        const uint32_t r = random1_;
+        draws[0] = int32_t(r * kDrawMul[0] - kDrawSub[0]);
+        draws[1] = int32_t(r * kDrawMul[1] - kDrawSub[1]);
+        draws[2] = int32_t(r * kDrawMul[2] - kDrawSub[2]);
+        random1_ = r * kDrawMul[3] - kDrawSub[3];
+        draws[3] = int32_t(random1_);
         const __m128 noise = _mm_cvtepi32_ps(_mm_load_si128(reinterpret_cast<const __m128i*>(draws)));
         walk1 = _mm_add_ps(walk1, _mm_mul_ps(_mm_sub_ps(_mm_mul_ps(noise, noiseGain), walk1), walkCoef));
         walk2 = _mm_add_ps(walk2, _mm_mul_ps(_mm_sub_ps(walk1, walk2), walkCoef));
