@@ -153,6 +153,8 @@ void ChorusReverb::process(const float* in, float* outLeft, float* outRight, flo
     const __m128 one = _mm_set1_ps(1.0f);
     const uint32_t mask = uint32_t(capacity_ - 1);
     float* buf = buffer_.get();
+    // Gains at their targets stay there: each step would add exactly zero.
+    const bool gainsSettled = std::memcmp(gainNow_, gainTarget_, sizeof gainNow_) == 0;
 
     __m128 walk1 = _mm_load_ps(walk1_), walk2 = _mm_load_ps(walk2_);
     for (int n = 0; n < BLOCK; ++n) {
@@ -181,10 +183,12 @@ void ChorusReverb::process(const float* in, float* outLeft, float* outRight, flo
         const __m128 g3 = _mm_mul_ps(_mm_shuffle_ps(m, m, _MM_SHUFFLE(2, 3, 0, 1)), _mm_setr_ps(-1.0f, 1.0f, -1.0f, 1.0f));
         const __m128 groupMod[3] = {g1, g2, g3};
 
-        for (int k = 0; k < 20; k += 4) {
-            const __m128 now = _mm_load_ps(gainNow_ + k);
-            _mm_store_ps(gainNow_ + k,
-                         _mm_add_ps(now, _mm_mul_ps(_mm_sub_ps(_mm_load_ps(gainTarget_ + k), now), smooth)));
+        if (!gainsSettled) {
+            for (int k = 0; k < 20; k += 4) {
+                const __m128 now = _mm_load_ps(gainNow_ + k);
+                _mm_store_ps(gainNow_ + k,
+                             _mm_add_ps(now, _mm_mul_ps(_mm_sub_ps(_mm_load_ps(gainTarget_ + k), now), smooth)));
+            }
         }
 
         const float x = in[n];
