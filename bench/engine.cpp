@@ -70,8 +70,9 @@ struct VoiceRig {
         for (int i = 0; i < 64; ++i) left[i] = right[i] = send[i] = 0.0f;
         silent = true;
         sendSilent = true;
-        // As the engine does: two voices at a time.
+        // As the engine does: four voices at a time.
         std::size_t i = 0;
+        for (; i + 3 < voices.size(); i += 4) Voice::renderFour(voices[i], voices[i + 1], voices[i + 2], voices[i + 3], block);
         for (; i + 1 < voices.size(); i += 2) Voice::renderTwo(voices[i], voices[i + 1], block);
         if (i < voices.size()) voices[i].render(block);
         if (reverb) {

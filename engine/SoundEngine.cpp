@@ -164,11 +164,12 @@ void SoundEngine::render(const NorvelleProgram& program, const MidiConfigRecord&
     block.sendSilent = &sendSilent_;
     block.decoders = decoders_;
     block.manager = this;
-    // Two voices at a time: their filters share the four lanes.
-    for (int i = 0; i < VOICE_COUNT; i += 2) {
-        Voice::renderTwo(voices_[i], voices_[i + 1], block);
-        displayLevel(voices_[i]);
-        displayLevel(voices_[i + 1]);
+    // Four voices at a time: two voices' filters share the four lanes of a
+    // register, and two such registers run in one loop.
+    static_assert(VOICE_COUNT % 4 == 0);
+    for (int i = 0; i < VOICE_COUNT; i += 4) {
+        Voice::renderFour(voices_[i], voices_[i + 1], voices_[i + 2], voices_[i + 3], block);
+        for (int k = i; k < i + 4; ++k) displayLevel(voices_[k]);
     }
 
     reverbBlock(program, releaseSec, silentFlag);

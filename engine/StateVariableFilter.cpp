@@ -110,4 +110,50 @@ void renderFilterPairs(float* lowA, float* bandA, const FilterCoefficients& firs
     bandB[1] = lanes[3];
 }
 
+void renderFilterPairs(const FilterPairJob& a, const FilterPairJob& b, const FilterPairJob& c, const FilterPairJob& d) {
+    const __m128 cP = _mm_setr_ps(a.first.c, a.second.c, b.first.c, b.second.c);
+    const __m128 dP = _mm_setr_ps(a.first.d, a.second.d, b.first.d, b.second.d);
+    const __m128 cQ = _mm_setr_ps(c.first.c, c.second.c, d.first.c, d.second.c);
+    const __m128 dQ = _mm_setr_ps(c.first.d, c.second.d, d.first.d, d.second.d);
+    __m128 lowP = _mm_setr_ps(a.low[0], a.low[1], b.low[0], b.low[1]);
+    __m128 bandP = _mm_setr_ps(a.band[0], a.band[1], b.band[0], b.band[1]);
+    __m128 lowQ = _mm_setr_ps(c.low[0], c.low[1], d.low[0], d.low[1]);
+    __m128 bandQ = _mm_setr_ps(c.band[0], c.band[1], d.band[0], d.band[1]);
+    // The sums of each voice's two lows: lanes 0 + 1 and 2 + 3.
+    alignas(16) float lanes[8];
+    auto step = [&](int i) {
+        const __m128 yP = filterStep(_mm_setr_ps(a.in[i], a.in[i], b.in[i], b.in[i]), lowP, bandP, cP, dP);
+        const __m128 yQ = filterStep(_mm_setr_ps(c.in[i], c.in[i], d.in[i], d.in[i]), lowQ, bandQ, cQ, dQ);
+        _mm_store_ps(lanes, yP);
+        _mm_store_ps(lanes + 4, yQ);
+        a.out[i] = lanes[0] + lanes[1];
+        b.out[i] = lanes[2] + lanes[3];
+        c.out[i] = lanes[4] + lanes[5];
+        d.out[i] = lanes[6] + lanes[7];
+    };
+    for (int i = 0; i < kFrameSamples; i += 4) {
+        step(i);
+        step(i + 1);
+        bandP = dropTinyBits(bandP);
+        bandQ = dropTinyBits(bandQ);
+        step(i + 2);
+        step(i + 3);
+        bandP = dropTinyBits(bandP);
+        bandQ = dropTinyBits(bandQ);
+        lowP = dropTinyBits(lowP);
+        lowQ = dropTinyBits(lowQ);
+    }
+    auto keep = [&lanes](__m128 v, float* first, float* second) {
+        _mm_store_ps(lanes, v);
+        first[0] = lanes[0];
+        first[1] = lanes[1];
+        second[0] = lanes[2];
+        second[1] = lanes[3];
+    };
+    keep(lowP, a.low, b.low);
+    keep(bandP, a.band, b.band);
+    keep(lowQ, c.low, d.low);
+    keep(bandQ, c.band, d.band);
+}
+
 }  // namespace engine

@@ -30,4 +30,19 @@ void renderFilterPairs(float* lowA, float* bandA, const FilterCoefficients& firs
                        const float* inA, float* outA, float* lowB, float* bandB, const FilterCoefficients& firstB,
                        const FilterCoefficients& secondB, const float* inB, float* outB);
 
+// One voice's part in a multi-voice call: its two filters' states, the
+// frame's coefficients, 16 samples in and 16 out.
+struct FilterPairJob {
+    float* low = nullptr;
+    float* band = nullptr;
+    FilterCoefficients first, second;
+    const float* in = nullptr;
+    float* out = nullptr;
+};
+
+// Four voices at once: two registers of two voices each, run in the same
+// loop so that their chains of dependent steps overlap. Each voice gets
+// exactly what renderFilterPair would give it.
+void renderFilterPairs(const FilterPairJob& a, const FilterPairJob& b, const FilterPairJob& c, const FilterPairJob& d);
+
 }  // namespace engine

@@ -114,45 +114,74 @@ void Voice::render(const VoiceBlock& b) {
 }
 
 void Voice::renderTwo(Voice& x, Voice& y, const VoiceBlock& b) {
-    float fx = 1.0f, fy = 1.0f;
-    const bool bx = x.beginBlock(b, fx);
-    const bool by = y.beginBlock(b, fy);
-    if (!bx && !by) return;
-    if (!bx || !by || !x.decoder || !y.decoder || !b.decoders) {
-        // Nothing to share: one after the other, as always.
-        if (bx) {
-            for (int frame = 0; frame < FRAMES_PER_BLOCK; ++frame)
-                if (x.frameDue(b, fx)) x.renderFrame(b, frame, fx);
-            x.endBlock(b);
-        }
-        if (by) {
-            for (int frame = 0; frame < FRAMES_PER_BLOCK; ++frame)
-                if (y.frameDue(b, fy)) y.renderFrame(b, frame, fy);
-            y.endBlock(b);
-        }
-        return;
-    }
-    FrameWork wx, wy;
+    Voice* const voices[2] = {&x, &y};
+    renderGroup(voices, 2, b);
+}
+
+void Voice::renderFour(Voice& w, Voice& x, Voice& y, Voice& z, const VoiceBlock& b) {
+    Voice* const voices[4] = {&w, &x, &y, &z};
+    renderGroup(voices, 4, b);
+}
+
+void Voice::renderGroup(Voice* const* v, int count, const VoiceBlock& b) {
+    using namespace engine;
+    float factor[4] = {1.0f, 1.0f, 1.0f, 1.0f};
+    bool began[4] = {};
+    bool any = false;
+    for (int k = 0; k < count; ++k) any |= began[k] = v[k]->beginBlock(b, factor[k]);
+    if (!any) return;
+    FrameWork work[4];
     for (int frame = 0; frame < FRAMES_PER_BLOCK; ++frame) {
-        const bool sx = x.frameDue(b, fx);
-        const bool sy = y.frameDue(b, fy);
-        if (sx && sy && x.decoder && y.decoder) {
-            x.frameSource(b, fx, wx);
-            y.frameSource(b, fy, wy);
-            using namespace engine;
-            renderFilterPairs(x.filterLow, x.filterBand, filterCoefficients(wx.f1, x.params_.filterDamp),
-                              filterCoefficients(wx.f2, x.params_.filterDamp), wx.mix, wx.out, y.filterLow,
-                              y.filterBand, filterCoefficients(wy.f1, y.params_.filterDamp),
-                              filterCoefficients(wy.f2, y.params_.filterDamp), wy.mix, wy.out);
-            x.frameOutput(b, frame, wx);
-            y.frameOutput(b, frame, wy);
-        } else {
-            if (sx) x.renderFrame(b, frame, fx);
-            if (sy) y.renderFrame(b, frame, fy);
+        bool due[4] = {}, shared[4] = {};
+        int sharing[4];
+        int n = 0;
+        for (int k = 0; k < count; ++k) {
+            due[k] = began[k] && v[k]->frameDue(b, factor[k]);
+            if (due[k] && v[k]->decoder && v[k]->rates_ && b.decoders) sharing[n++] = k;
+        }
+        if (n >= 2) {
+            // The sources one by one, the filters side by side, then the
+            // outputs in voice order, as the buses always add them.
+            for (int j = 0; j < n; ++j) {
+                shared[sharing[j]] = true;
+                v[sharing[j]]->frameSource(b, factor[sharing[j]], work[sharing[j]]);
+            }
+            int j = 0;
+            if (n == 4) {
+                FilterPairJob jobs[4];
+                for (int q = 0; q < 4; ++q) jobs[q] = v[sharing[q]]->filterJob(work[sharing[q]]);
+                renderFilterPairs(jobs[0], jobs[1], jobs[2], jobs[3]);
+                j = 4;
+            }
+            for (; j + 1 < n; j += 2) {
+                Voice& p = *v[sharing[j]];
+                Voice& q = *v[sharing[j + 1]];
+                const FilterPairJob a = p.filterJob(work[sharing[j]]), c = q.filterJob(work[sharing[j + 1]]);
+                renderFilterPairs(a.low, a.band, a.first, a.second, a.in, a.out, c.low, c.band, c.first, c.second,
+                                  c.in, c.out);
+            }
+            if (j < n) v[sharing[j]]->frameFilter(work[sharing[j]]);
+        }
+        for (int k = 0; k < count; ++k) {
+            if (shared[k])
+                v[k]->frameOutput(b, frame, work[k]);
+            else if (due[k])
+                v[k]->renderFrame(b, frame, factor[k]);
         }
     }
-    x.endBlock(b);
-    y.endBlock(b);
+    for (int k = 0; k < count; ++k)
+        if (began[k]) v[k]->endBlock(b);
+}
+
+engine::FilterPairJob Voice::filterJob(FrameWork& work) {
+    engine::FilterPairJob job;
+    job.low = filterLow;
+    job.band = filterBand;
+    job.first = engine::filterCoefficients(work.f1, params_.filterDamp);
+    job.second = engine::filterCoefficients(work.f2, params_.filterDamp);
+    job.in = work.mix;
+    job.out = work.out;
+    return job;
 }
 
 void Voice::updateBlock(const VoiceBlock& b) {

@@ -9,6 +9,7 @@
 
 #include "engine/BranchDecoder.h"
 #include "engine/EngineRates.h"
+#include "engine/StateVariableFilter.h"
 #include "engine/VoiceOutputGains.h"
 
 class NorvelleProgram;
@@ -65,6 +66,9 @@ public:
     // Two voices' blocks at once, their filters side by side: the same
     // sound as first.render(block) and then second.render(block).
     static void renderTwo(Voice& first, Voice& second, const VoiceBlock& block);
+    // Four voices' blocks at once, in that order: two pairs of filters in
+    // one loop.
+    static void renderFour(Voice& first, Voice& second, Voice& third, Voice& fourth, const VoiceBlock& block);
 
     // The state of a voice that has never sounded; random seeds its noise.
     void clear(uint32_t random);
@@ -140,6 +144,10 @@ protected:
     };
     void frameSource(const VoiceBlock& block, float factor, FrameWork& work);
     void frameFilter(FrameWork& work);
+    engine::FilterPairJob filterJob(FrameWork& work);
+    // Up to four voices, frame by frame: the filters of those that sound
+    // together share registers.
+    static void renderGroup(Voice* const* voices, int count, const VoiceBlock& block);
     void frameOutput(const VoiceBlock& block, int frame, FrameWork& work);
 
     // The note start, in the frame where it falls.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <vector>
 
 #include "engine/StateVariableFilter.h"
@@ -158,4 +159,37 @@ TEST(FilterTest, TwoVoicesSideBySideGetWhatEachGetsAlone) {
     }
     EXPECT_EQ(lowA[1], lowA2[1]);
     EXPECT_EQ(bandB[0], bandB2[0]);
+}
+
+TEST(FilterTest, FourVoicesInTwoRegistersGetWhatEachGetsAlone) {
+    std::vector<float> in = noise(4 * 512, 2.0f);
+    float low[4][2] = {{0.1f, -0.2f}, {}, {3.0f, 1.0f}, {-0.5f, 0.25f}};
+    float band[4][2] = {{0.3f, 0.0f}, {5.0f, -5.0f}, {}, {16.0f, -16.0f}};
+    float lowAlone[4][2], bandAlone[4][2];
+    std::memcpy(lowAlone, low, sizeof low);
+    std::memcpy(bandAlone, band, sizeof band);
+    const float f1[4] = {0.01f, 0.2f, 0.49f, 0.0005f}, f2[4] = {0.03f, 0.45f, 0.1f, 0.49f};
+    const float damp[4] = {-2.0f, 0.5f, -6.0f, 0.0f};
+    for (std::size_t i = 0; i < 512; i += 16) {
+        FilterPairJob jobs[4];
+        float out[4][16], alone[4][16];
+        for (int v = 0; v < 4; ++v) {
+            jobs[v].low = low[v];
+            jobs[v].band = band[v];
+            jobs[v].first = filterCoefficients(f1[v], damp[v]);
+            jobs[v].second = filterCoefficients(f2[v], damp[v]);
+            jobs[v].in = &in[std::size_t(v) * 512 + i];
+            jobs[v].out = out[v];
+        }
+        renderFilterPairs(jobs[0], jobs[1], jobs[2], jobs[3]);
+        for (int v = 0; v < 4; ++v) {
+            renderFilterPair(lowAlone[v], bandAlone[v], jobs[v].first, jobs[v].second, jobs[v].in, alone[v]);
+            for (int k = 0; k < 16; ++k) ASSERT_EQ(out[v][k], alone[v][k]) << v << " " << i + std::size_t(k);
+        }
+    }
+    for (int v = 0; v < 4; ++v)
+        for (int k = 0; k < 2; ++k) {
+            EXPECT_EQ(low[v][k], lowAlone[v][k]);
+            EXPECT_EQ(band[v][k], bandAlone[v][k]);
+        }
 }
