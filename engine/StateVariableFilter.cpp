@@ -121,7 +121,7 @@ void renderFilterPairs(const FilterPairJob& a, const FilterPairJob& b, const Fil
     __m128 bandQ = _mm_setr_ps(c.band[0], c.band[1], d.band[0], d.band[1]);
     // The sums of each voice's two lows: lanes 0 + 1 and 2 + 3.
     alignas(16) float lanes[8];
-    auto step = [&](int i) {
+    auto step = [&](int i) __attribute__((always_inline)) {
         const __m128 yP = filterStep(_mm_setr_ps(a.in[i], a.in[i], b.in[i], b.in[i]), lowP, bandP, cP, dP);
         const __m128 yQ = filterStep(_mm_setr_ps(c.in[i], c.in[i], d.in[i], d.in[i]), lowQ, bandQ, cQ, dQ);
         _mm_store_ps(lanes, yP);
