@@ -18,4 +18,23 @@ void filterANoise(float& state, const float* noise16, float gain, float coef, fl
 void filterNoises(float& bState1, float& bState2, const float* bNoise16, float fB, float bNoise, float& aState,
                   const float* aNoise16, float aGain, float aCoef, float* bOut16, float* aOut16);
 
+// One voice's part in filterNoisesFour: the arguments of filterNoises.
+struct NoiseJob {
+    float* bState1 = nullptr;
+    float* bState2 = nullptr;
+    const float* bRaw = nullptr;  // 16 samples
+    float fB = 0.0f;
+    float bNoise = 0.0f;
+    float* aState = nullptr;
+    const float* aRaw = nullptr;  // 16 samples
+    float aGain = 0.0f;
+    float aCoef = 0.0f;
+    float* bOut = nullptr;  // 16 samples, 16-byte aligned
+    float* aOut = nullptr;  // 16 samples, 16-byte aligned
+};
+
+// Four voices' noise filters at once, one voice per lane: each gets exactly
+// what filterNoises gives it.
+void filterNoisesFour(const NoiseJob* jobs4);
+
 }  // namespace engine

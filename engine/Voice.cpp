@@ -142,10 +142,22 @@ void Voice::renderGroup(Voice* const* v, int count, const VoiceBlock& b) {
         if (n >= 2) {
             // The sources one by one, the filters side by side, then the
             // outputs in voice order, as the buses always add them.
+            bool noisy = n == 4;
             for (int j = 0; j < n; ++j) {
-                shared[sharing[j]] = true;
-                v[sharing[j]]->frameSource(b, factor[sharing[j]], work[sharing[j]]);
+                const int k = sharing[j];
+                shared[k] = true;
+                v[k]->frameSourceStart(b, factor[k], work[k]);
+                noisy = noisy && !work[k].bQuiet && !work[k].aQuiet;
             }
+            if (noisy) {
+                // All four with both noises running: one voice per lane.
+                NoiseJob jobs[4];
+                for (int q = 0; q < 4; ++q) jobs[q] = v[sharing[q]]->noiseJob(work[sharing[q]]);
+                filterNoisesFour(jobs);
+            } else {
+                for (int j = 0; j < n; ++j) v[sharing[j]]->frameNoise(work[sharing[j]]);
+            }
+            for (int j = 0; j < n; ++j) v[sharing[j]]->frameSourceEnd(work[sharing[j]]);
             int j = 0;
             if (n == 4) {
                 FilterPairJob jobs[4];
@@ -298,7 +310,13 @@ void Voice::renderFrame(const VoiceBlock& b, int frame, float factor) {
     frameOutput(b, frame, work);
 }
 
-void Voice::frameSource(const VoiceBlock&, float factor, FrameWork& work) {
+void Voice::frameSource(const VoiceBlock& b, float factor, FrameWork& work) {
+    frameSourceStart(b, factor, work);
+    frameNoise(work);
+    frameSourceEnd(work);
+}
+
+void Voice::frameSourceStart(const VoiceBlock&, float factor, FrameWork& work) {
     using namespace engine;
     const BranchParams& p = params_;
     const EngineRates& rates = *rates_;
@@ -321,31 +339,63 @@ void Voice::frameSource(const VoiceBlock&, float factor, FrameWork& work) {
     const float fB = std::min((p.bFreq + p.bFreqMod * modHold) * pitch_, rates.maxFreq);
     const float fc = (p.filterFreq + p.filterFreqMod * modHold) * keyFollow_;
     work.fA = fA;
+    work.fB = fB;
     filterFrequencies(fc, p.filterSep, work.f1, work.f2);
 
-    alignas(16) float rawB[kFrameSamples], rawA[kFrameSamples];
-    alignas(16) float bn[kFrameSamples], an[kFrameSamples];
-    alignas(16) float osc[kFrameSamples], step[kFrameSamples];
-    float* mix = work.mix;
     const NoiseTable& table = NoiseTable::instance();
-    table.read(random, rawB);
-    table.read(random, rawA);
+    table.read(random, work.rawB);
+    table.read(random, work.rawA);
     // Without noise and with the filters at rest, the filters would only
     // compute zeros: skip them (the reads above keep random on its course).
-    const bool bQuiet = p.bNoise == 0.0f && noise[0] == 0.0f && noise[1] == 0.0f;
-    const bool aQuiet = p.aNoiseGain == 0.0f && noise[2] == 0.0f;
-    if (!bQuiet && !aQuiet) {
-        filterNoises(noise[0], noise[1], rawB, fB, p.bNoise, noise[2], rawA, p.aNoiseGain, p.aNoiseCoef, bn, an);
+    work.bQuiet = p.bNoise == 0.0f && noise[0] == 0.0f && noise[1] == 0.0f;
+    work.aQuiet = p.aNoiseGain == 0.0f && noise[2] == 0.0f;
+}
+
+engine::NoiseJob Voice::noiseJob(FrameWork& work) {
+    engine::NoiseJob job;
+    job.bState1 = &noise[0];
+    job.bState2 = &noise[1];
+    job.bRaw = work.rawB;
+    job.fB = work.fB;
+    job.bNoise = params_.bNoise;
+    job.aState = &noise[2];
+    job.aRaw = work.rawA;
+    job.aGain = params_.aNoiseGain;
+    job.aCoef = params_.aNoiseCoef;
+    job.bOut = work.bn;
+    job.aOut = work.an;
+    return job;
+}
+
+void Voice::frameNoise(FrameWork& work) {
+    using namespace engine;
+    const BranchParams& p = params_;
+    float* bn = work.bn;
+    float* an = work.an;
+    if (!work.bQuiet && !work.aQuiet) {
+        filterNoises(noise[0], noise[1], work.rawB, work.fB, p.bNoise, noise[2], work.rawA, p.aNoiseGain,
+                     p.aNoiseCoef, bn, an);
     } else {
-        if (bQuiet)
+        if (work.bQuiet)
             std::fill(bn, bn + kFrameSamples, 0.0f);
         else
-            filterBNoise(noise[0], noise[1], rawB, fB, p.bNoise, bn);
-        if (aQuiet)
+            filterBNoise(noise[0], noise[1], work.rawB, work.fB, p.bNoise, bn);
+        if (work.aQuiet)
             std::fill(an, an + kFrameSamples, 0.0f);
         else
-            filterANoise(noise[2], rawA, p.aNoiseGain, p.aNoiseCoef, an);
+            filterANoise(noise[2], work.rawA, p.aNoiseGain, p.aNoiseCoef, an);
     }
+}
+
+void Voice::frameSourceEnd(FrameWork& work) {
+    using namespace engine;
+    const BranchParams& p = params_;
+    const EngineRates& rates = *rates_;
+    const float fA = work.fA, fB = work.fB;
+    const float* bn = work.bn;
+    const float* an = work.an;
+    alignas(16) float osc[kFrameSamples], step[kFrameSamples];
+    float* mix = work.mix;
 
     // Oscillator B, locked to the sub-oscillator, with its noise and hold.
     phases[1] = bPhaseFromSubPhase(phases[2]);

@@ -9,6 +9,7 @@
 
 #include "engine/BranchDecoder.h"
 #include "engine/EngineRates.h"
+#include "engine/NoiseFilters.h"
 #include "engine/StateVariableFilter.h"
 #include "engine/VoiceOutputGains.h"
 
@@ -139,10 +140,21 @@ protected:
     struct FrameWork {
         alignas(16) float mix[16];
         alignas(16) float out[16];
+        alignas(16) float rawB[16];  // raw noise of B and A
+        alignas(16) float rawA[16];
+        alignas(16) float bn[16];  // filtered noise of B and A
+        alignas(16) float an[16];
         float f1 = 0, f2 = 0;
-        float amp = 0, fA = 0;
+        float amp = 0, fA = 0, fB = 0;
+        bool bQuiet = false, aQuiet = false;
     };
+    // The source in three steps: envelopes, frequencies and raw noise; the
+    // noise filters; the oscillators and the mix.
     void frameSource(const VoiceBlock& block, float factor, FrameWork& work);
+    void frameSourceStart(const VoiceBlock& block, float factor, FrameWork& work);
+    void frameNoise(FrameWork& work);
+    engine::NoiseJob noiseJob(FrameWork& work);
+    void frameSourceEnd(FrameWork& work);
     void frameFilter(FrameWork& work);
     engine::FilterPairJob filterJob(FrameWork& work);
     // Up to four voices, frame by frame: the filters of those that sound

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <vector>
 
@@ -274,4 +275,51 @@ TEST(OscillatorTest, BothNoiseFiltersAtOnceMatchEachAlone) {
     EXPECT_EQ(c1, b1);
     EXPECT_EQ(c2, b2);
     EXPECT_EQ(ca, a);
+}
+
+TEST(OscillatorTest, FourVoicesNoiseFiltersInLanesGetWhatEachGetsAlone) {
+    const engine::NoiseTable& table = engine::NoiseTable::instance();
+    uint32_t random[4] = {1, 99, 12345, 4000000000u};
+    const float fB[4] = {0.001f, 0.05f, 0.2f, 0.4999f};
+    const float bNoise[4] = {0.5f, 1.0f, 0.01f, 2.0f};
+    const float aGain[4] = {0.3f, 0.0f, 1.5f, 0.7f};
+    const float aCoef[4] = {0.9f, 0.5f, 0.01f, 1.0f};
+    float b1[4] = {0.2f, 0.0f, -1.0f, 0.5f}, b2[4] = {0.0f, 0.3f, 0.0f, -0.25f}, a[4] = {0.1f, 0.0f, 0.0f, 2.0f};
+    float b1Alone[4], b2Alone[4], aAlone[4];
+    std::copy(b1, b1 + 4, b1Alone);
+    std::copy(b2, b2 + 4, b2Alone);
+    std::copy(a, a + 4, aAlone);
+    for (int frame = 0; frame < 200; ++frame) {
+        alignas(16) float rawB[4][16], rawA[4][16], bOut[4][16], aOut[4][16];
+        alignas(16) float bAlone[16], aAloneOut[16];
+        engine::NoiseJob jobs[4];
+        for (int v = 0; v < 4; ++v) {
+            table.read(random[v], rawB[v]);
+            table.read(random[v], rawA[v]);
+            jobs[v].bState1 = &b1[v];
+            jobs[v].bState2 = &b2[v];
+            jobs[v].bRaw = rawB[v];
+            jobs[v].fB = fB[v];
+            jobs[v].bNoise = bNoise[v];
+            jobs[v].aState = &a[v];
+            jobs[v].aRaw = rawA[v];
+            jobs[v].aGain = aGain[v];
+            jobs[v].aCoef = aCoef[v];
+            jobs[v].bOut = bOut[v];
+            jobs[v].aOut = aOut[v];
+        }
+        engine::filterNoisesFour(jobs);
+        for (int v = 0; v < 4; ++v) {
+            engine::filterNoises(b1Alone[v], b2Alone[v], rawB[v], fB[v], bNoise[v], aAlone[v], rawA[v], aGain[v],
+                                 aCoef[v], bAlone, aAloneOut);
+            for (int i = 0; i < 16; ++i) {
+                ASSERT_EQ(bOut[v][i], bAlone[i]) << frame << " " << v << " " << i;
+                ASSERT_EQ(aOut[v][i], aAloneOut[i]) << frame << " " << v << " " << i;
+            }
+            ASSERT_EQ(b1[v], b1Alone[v]);
+            ASSERT_EQ(b2[v], b2Alone[v]);
+            ASSERT_EQ(a[v], aAlone[v]);
+        }
+    }
+    EXPECT_NE(b2[1], 0.0f);
 }
