@@ -51,13 +51,15 @@ void filterNoises(float& bState1, float& bState2, const float* bRaw, float fB, f
 void filterNoisesFour(const NoiseJob* j) {
     alignas(16) float k[4], g[4], s1[4], s2[4], a[4], aGain[4], aCoef[4];
     for (int v = 0; v < 4; ++v) {
-        k[v] = 1.0f - std::exp(-6.2831855f * j[v].fB);
-        g[v] = std::sqrt(j[v].bNoise * 0.5f / j[v].fB);
+        // A quiet filter has zero states: with zero coefficients its lane
+        // computes +0 throughout, the zeros it would have been given.
+        k[v] = j[v].bQuiet ? 0.0f : 1.0f - std::exp(-6.2831855f * j[v].fB);
+        g[v] = j[v].bQuiet ? 0.0f : std::sqrt(j[v].bNoise * 0.5f / j[v].fB);
         s1[v] = *j[v].bState1;
         s2[v] = *j[v].bState2;
         a[v] = *j[v].aState;
-        aGain[v] = j[v].aGain;
-        aCoef[v] = j[v].aCoef;
+        aGain[v] = j[v].aQuiet ? 0.0f : j[v].aGain;
+        aCoef[v] = j[v].aQuiet ? 0.0f : j[v].aCoef;
     }
     const __m128 K = _mm_load_ps(k), G = _mm_load_ps(g), AG = _mm_load_ps(aGain), AC = _mm_load_ps(aCoef);
     __m128 S1 = _mm_load_ps(s1), S2 = _mm_load_ps(s2), A = _mm_load_ps(a);

@@ -31,10 +31,14 @@ struct NoiseJob {
     float aCoef = 0.0f;
     float* bOut = nullptr;  // 16 samples, 16-byte aligned
     float* aOut = nullptr;  // 16 samples, 16-byte aligned
+    // A filter with no noise coming and its states at 0 (never -0): its
+    // output is all zeros and its states stay.
+    bool bQuiet = false;
+    bool aQuiet = false;
 };
 
 // Four voices' noise filters at once, one voice per lane: each gets exactly
-// what filterNoises gives it.
+// what filterNoises gives it, or zeros for a quiet filter.
 void filterNoisesFour(const NoiseJob* jobs4);
 
 }  // namespace engine

@@ -142,15 +142,15 @@ void Voice::renderGroup(Voice* const* v, int count, const VoiceBlock& b) {
         if (n >= 2) {
             // The sources one by one, the filters side by side, then the
             // outputs in voice order, as the buses always add them.
-            bool noisy = n == 4;
+            bool noisy = false;
             for (int j = 0; j < n; ++j) {
                 const int k = sharing[j];
                 shared[k] = true;
                 v[k]->frameSourceStart(b, factor[k], work[k]);
-                noisy = noisy && !work[k].bQuiet && !work[k].aQuiet;
+                noisy = noisy || !work[k].bQuiet || !work[k].aQuiet;
             }
-            if (noisy) {
-                // All four with both noises running: one voice per lane.
+            if (noisy && n == 4) {
+                // One voice per lane; quiet filters compute their zeros.
                 NoiseJob jobs[4];
                 for (int q = 0; q < 4; ++q) jobs[q] = v[sharing[q]]->noiseJob(work[sharing[q]]);
                 filterNoisesFour(jobs);
@@ -364,6 +364,8 @@ engine::NoiseJob Voice::noiseJob(FrameWork& work) {
     job.aCoef = params_.aNoiseCoef;
     job.bOut = work.bn;
     job.aOut = work.an;
+    job.bQuiet = work.bQuiet;
+    job.aQuiet = work.aQuiet;
     return job;
 }
 

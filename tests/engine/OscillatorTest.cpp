@@ -323,3 +323,56 @@ TEST(OscillatorTest, FourVoicesNoiseFiltersInLanesGetWhatEachGetsAlone) {
     }
     EXPECT_NE(b2[1], 0.0f);
 }
+
+TEST(OscillatorTest, QuietNoiseFiltersAmongFourGiveZerosAndKeepTheirStates) {
+    const engine::NoiseTable& table = engine::NoiseTable::instance();
+    uint32_t random = 77;
+    float b1[4] = {0.2f, 0.0f, 0.0f, 0.0f}, b2[4] = {0.1f, 0.0f, 0.0f, 0.0f}, a[4] = {0.0f, 0.5f, 0.0f, 0.0f};
+    float b1Alone = b1[0], b2Alone = b2[0], aAlone = a[1];
+    for (int frame = 0; frame < 50; ++frame) {
+        alignas(16) float raw[8][16], bOut[4][16], aOut[4][16], alone[16];
+        engine::NoiseJob jobs[4];
+        for (int v = 0; v < 4; ++v) {
+            table.read(random, raw[2 * v]);
+            table.read(random, raw[2 * v + 1]);
+            jobs[v].bState1 = &b1[v];
+            jobs[v].bState2 = &b2[v];
+            jobs[v].bRaw = raw[2 * v];
+            jobs[v].fB = 0.0f;  // would be NaN if it were used
+            jobs[v].bNoise = 0.0f;
+            jobs[v].aState = &a[v];
+            jobs[v].aRaw = raw[2 * v + 1];
+            jobs[v].aGain = 0.0f;
+            jobs[v].aCoef = 0.5f;
+            jobs[v].bOut = bOut[v];
+            jobs[v].aOut = aOut[v];
+            jobs[v].bQuiet = v != 0;
+            jobs[v].aQuiet = v != 1;
+        }
+        jobs[0].fB = 0.01f;
+        jobs[0].bNoise = 0.3f;
+        jobs[1].aGain = 0.8f;
+        engine::filterNoisesFour(jobs);
+        engine::filterBNoise(b1Alone, b2Alone, raw[0], 0.01f, 0.3f, alone);
+        for (int i = 0; i < 16; ++i) ASSERT_EQ(bOut[0][i], alone[i]);
+        engine::filterANoise(aAlone, raw[3], 0.8f, 0.5f, alone);
+        for (int i = 0; i < 16; ++i) ASSERT_EQ(aOut[1][i], alone[i]);
+        for (int v = 0; v < 4; ++v)
+            for (int i = 0; i < 16; ++i) {
+                // Exactly +0, as the fill of a quiet filter.
+                if (v != 0) {
+                    ASSERT_EQ(std::signbit(bOut[v][i]) ? 1.0f : bOut[v][i], 0.0f) << v << " " << i;
+                }
+                if (v != 1) {
+                    ASSERT_EQ(std::signbit(aOut[v][i]) ? 1.0f : aOut[v][i], 0.0f) << v << " " << i;
+                }
+            }
+        for (int v = 1; v < 4; ++v) {
+            ASSERT_EQ(b1[v], 0.0f);
+            ASSERT_FALSE(std::signbit(b1[v]));
+            ASSERT_EQ(b2[v], 0.0f);
+        }
+        ASSERT_EQ(b1[0], b1Alone);
+        ASSERT_EQ(a[1], aAlone);
+    }
+}
