@@ -366,3 +366,24 @@ TEST(ChunkTest, InspectReadsBothKinds) {
     EXPECT_EQ(all.programs.size(), 16u);
     EXPECT_EQ(all.midiConfigText, writeMidiConfig(s.config, false));
 }
+
+// The Init record as a single-program chunk, made apart from this code base
+// by a separate script from the layout alone (zlib's CRC-32).
+TEST(ChunkTest, InitProgramChunkMatchesTheIndependentGoldenBytes) {
+    const char* const hex =
+        "021bdd3f83fc76b6646e6957303158568c00000010a5ce910a00000004000000490000006e0000006900000074000000"
+        "000000000000000000000000000000000000003f0000003f0000003f0000803e0000803f0000003f0000003f00000000"
+        "000000000000000000000000000000000000000000000000000000000000000000000000000000000000000001000000"
+        "00000000000000003f0000003f0000003f0000003f0000003f0000003f0000003f0000003f0000003f0000003f000000"
+        "3f0000003f0000003f0000003f0000003f0000003f0000003f0000003f0000003f0000003f0000003f0000003f000000"
+        "3f0000003f0000003f0000003f0000003f0000003f0000003f0000003f0000003f0000003f0000003f0000003f000000"
+        "3f0000003f0000003f";
+    std::vector<uint8_t> golden;
+    for (const char* p = hex; p[0] && p[1]; p += 2) golden.push_back(static_cast<uint8_t>(std::stoi(std::string(p, 2), nullptr, 16)));
+    ASSERT_EQ(golden.size(), 297u);
+    std::vector<NorvelleProgram> slots(PROGRAM_SLOT_COUNT);
+    std::vector<uint8_t> chunk;
+    writeChunk(chunk, true, slots, 0, MidiConfigRecord());
+    EXPECT_EQ(chunk, golden);
+    EXPECT_EQ(wordAt(chunk, 4), 0xB676FC83u);
+}
