@@ -32,23 +32,33 @@ struct Json {
     bool boolean = false;
     std::string text;  // the number's text or the string's content
     std::vector<Json> items;
-    std::vector<std::pair<std::string, Json>> members;
+    struct Member;  // a key and its value, complete once Json is
+    std::vector<Member> members;
 
-    const Json& operator[](const std::string& key) const {
-        for (const auto& m : members)
-            if (m.first == key) return m.second;
-        throw std::runtime_error("no member " + key);
-    }
-    bool has(const std::string& key) const {
-        for (const auto& m : members)
-            if (m.first == key) return true;
-        return false;
-    }
+    const Json& operator[](const std::string& key) const;
+    bool has(const std::string& key) const;
     float number() const {
         if (kind != Number) throw std::runtime_error("not a number");
         return std::strtof(text.c_str(), nullptr);
     }
 };
+
+struct Json::Member {
+    std::string first;
+    Json second;
+};
+
+const Json& Json::operator[](const std::string& key) const {
+    for (const auto& m : members)
+        if (m.first == key) return m.second;
+    throw std::runtime_error("no member " + key);
+}
+
+bool Json::has(const std::string& key) const {
+    for (const auto& m : members)
+        if (m.first == key) return true;
+    return false;
+}
 
 class JsonReader {
 public:
@@ -110,7 +120,7 @@ private:
             do {
                 std::string key = string();
                 expect(':');
-                v.members.emplace_back(key, value());
+                v.members.push_back({key, value()});
                 space();
             } while (s_[i_] == ',' && ++i_);
             expect('}');
