@@ -1,5 +1,7 @@
 # The two commands a new user needs are `make demo` and `make test`; each does
 # its own set-up. The others serve CI and development.
+SHELL := /bin/bash
+
 .PHONY: all setup build demo test test-setup test-asan test-tsan fuzz fuzz-ci cross ci bench clean
 
 BUILD      ?= build
