@@ -156,6 +156,14 @@ void ChorusReverb::process(const float* in, float* outLeft, float* outRight, flo
     // Gains at their targets stay there: each step would add exactly zero.
     const bool gainsSettled = std::memcmp(gainNow_, gainTarget_, sizeof gainNow_) == 0;
 
+    // Ring positions as locals: the ring's float stores can't alias them.
+    uint32_t lineBase[LINES], lineOffset[LINES], diffPos[DIFFUSERS + 1];
+    for (int k = 0; k < LINES; ++k) {
+        lineBase[k] = lineBase_[k];
+        lineOffset[k] = uint32_t(lineOffset_[k]);
+    }
+    for (int k = 0; k <= DIFFUSERS; ++k) diffPos[k] = uint32_t(diffPos_[k]);
+
     __m128 walk1 = _mm_load_ps(walk1_), walk2 = _mm_load_ps(walk2_);
     for (int n = 0; n < BLOCK; ++n) {
         // Four random draws drive the four walks, low-passed twice at 1.25 Hz.
@@ -191,6 +199,7 @@ void ChorusReverb::process(const float* in, float* outLeft, float* outRight, flo
             }
         }
 
+        const uint32_t at = writePos_ + uint32_t(n);
         const float x = in[n];
         const __m128 feed = _mm_set1_ps(x + antiDenormal_);
         // The input once in each sum, before the first group.
@@ -206,10 +215,10 @@ void ChorusReverb::process(const float* in, float* outLeft, float* outRight, flo
             alignas(16) int32_t whole[4];
             _mm_store_si128(reinterpret_cast<__m128i*>(whole), _mm_cvtps_epi32(i));
             const int k0 = 4 * g;
-            const uint32_t a0 = writePos_ - uint32_t(whole[0]) - lineBase_[k0];
-            const uint32_t a1 = writePos_ - uint32_t(whole[1]) - lineBase_[k0 + 1];
-            const uint32_t a2 = writePos_ - uint32_t(whole[2]) - lineBase_[k0 + 2];
-            const uint32_t a3 = writePos_ - uint32_t(whole[3]) - lineBase_[k0 + 3];
+            const uint32_t a0 = at - uint32_t(whole[0]) - lineBase[k0];
+            const uint32_t a1 = at - uint32_t(whole[1]) - lineBase[k0 + 1];
+            const uint32_t a2 = at - uint32_t(whole[2]) - lineBase[k0 + 2];
+            const uint32_t a3 = at - uint32_t(whole[3]) - lineBase[k0 + 3];
             const __m128 s0 = _mm_setr_ps(buf[a0 & mask], buf[a1 & mask], buf[a2 & mask], buf[a3 & mask]);
             const __m128 s1 = _mm_setr_ps(buf[(a0 - 1u) & mask], buf[(a1 - 1u) & mask], buf[(a2 - 1u) & mask],
                                           buf[(a3 - 1u) & mask]);
@@ -221,16 +230,22 @@ void ChorusReverb::process(const float* in, float* outLeft, float* outRight, flo
             const __m128 damp = _mm_load_ps(lineDamp_ + k0);
             const __m128 newDamp = _mm_add_ps(damp, _mm_mul_ps(_mm_sub_ps(t, damp), dampCoef));
             _mm_store_ps(lineDamp_ + k0, newDamp);
-            for (int j = 0; j < 4; ++j)
-                buf[(writePos_ - uint32_t(lineOffset_[k0 + j])) & mask] = lineDamp_[k0 + j];
-            const float* out = lineOut_ + k0;
-            L += out[0] + out[1] - out[2] - out[3];
-            R += out[0] - out[1] - out[2] + out[3];
+            // Lanes straight from the registers; positions from locals.
+            const uint32_t* off = &lineOffset[k0];
+            buf[(at - off[0]) & mask] = _mm_cvtss_f32(newDamp);
+            buf[(at - off[1]) & mask] = _mm_cvtss_f32(_mm_shuffle_ps(newDamp, newDamp, _MM_SHUFFLE(1, 1, 1, 1)));
+            buf[(at - off[2]) & mask] = _mm_cvtss_f32(_mm_shuffle_ps(newDamp, newDamp, _MM_SHUFFLE(2, 2, 2, 2)));
+            buf[(at - off[3]) & mask] = _mm_cvtss_f32(_mm_shuffle_ps(newDamp, newDamp, _MM_SHUFFLE(3, 3, 3, 3)));
+            const float o0 = _mm_cvtss_f32(y), o1 = _mm_cvtss_f32(_mm_shuffle_ps(y, y, _MM_SHUFFLE(1, 1, 1, 1)));
+            const float o2 = _mm_cvtss_f32(_mm_shuffle_ps(y, y, _MM_SHUFFLE(2, 2, 2, 2)));
+            const float o3 = _mm_cvtss_f32(_mm_shuffle_ps(y, y, _MM_SHUFFLE(3, 3, 3, 3)));
+            L += o0 + o1 - o2 - o3;
+            R += o0 - o1 - o2 + o3;
         }
 
         // Diffusers: read all six first, then write.
         float rd[DIFFUSERS];
-        for (int j = 0; j < DIFFUSERS; ++j) rd[j] = buf[(writePos_ - uint32_t(diffPos_[j + 1])) & mask];
+        for (int j = 0; j < DIFFUSERS; ++j) rd[j] = buf[(at - diffPos[j + 1]) & mask];
         const float* g = gainNow_ + 13;
         const float u0 = rd[0] - g[0] * L;
         const float w0 = g[0] * u0 + L;
@@ -240,18 +255,18 @@ void ChorusReverb::process(const float* in, float* outLeft, float* outRight, flo
         const float w3 = g[3] * u3 + R;
         const float u4 = rd[4] - g[4] * w3;
         const float u5 = rd[5] - g[5] * u3;
-        buf[(writePos_ - uint32_t(diffPos_[0])) & mask] = w0 + g[1] * u1;
-        buf[(writePos_ - uint32_t(diffPos_[1])) & mask] = u0 + g[2] * u2;
-        buf[(writePos_ - uint32_t(diffPos_[2])) & mask] = u1;
-        buf[(writePos_ - uint32_t(diffPos_[3])) & mask] = w3 + g[4] * u4;
-        buf[(writePos_ - uint32_t(diffPos_[4])) & mask] = u3 + g[5] * u5;
-        buf[(writePos_ - uint32_t(diffPos_[5])) & mask] = u4;
+        buf[(at - diffPos[0]) & mask] = w0 + g[1] * u1;
+        buf[(at - diffPos[1]) & mask] = u0 + g[2] * u2;
+        buf[(at - diffPos[2]) & mask] = u1;
+        buf[(at - diffPos[3]) & mask] = w3 + g[4] * u4;
+        buf[(at - diffPos[4]) & mask] = u3 + g[5] * u5;
+        buf[(at - diffPos[5]) & mask] = u4;
 
         outLeft[n] = -u2 * 0.11785113f;
         outRight[n] = -u5 * 0.11785113f;
-        ++writePos_;
         antiDenormal_ = -antiDenormal_;
     }
+    writePos_ += uint32_t(BLOCK);
     _mm_store_ps(walk1_, walk1);
     _mm_store_ps(walk2_, walk2);
 
