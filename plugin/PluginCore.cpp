@@ -9,6 +9,7 @@
 
 #include "engine/SoundEngine.h"
 #include "patch/StartupBank.h"
+#include "platform/OrlThreads/TimerService.h"
 #include "plugin/PluginBankSlots.h"
 #include "platform/Exceptions.h"
 #include "plugin/Jingle.h"
@@ -46,6 +47,7 @@ PluginCore::PluginCore(audioMasterCallback audioMaster, std::unique_ptr<RenderIn
 PluginCore::~PluginCore() {
     // The bank link reads the slots from its timer: it goes first.
     bankLink_.reset();
+    bankTimer_.reset();
     delete jingle_.exchange(nullptr);
 }
 

@@ -24,6 +24,9 @@
 class Jingle;
 class StartupBankLink;
 class PluginBankSlots;
+namespace OrlThreads {
+class TimerService;
+}
 
 class PluginCore : public AudioEffectX {
 public:
@@ -190,5 +193,9 @@ private:
     // The bytes last handed to the host by getChunk.
     std::vector<uint8_t> chunk_;
     std::unique_ptr<PluginBankSlots> bankSlots_;
+    // The instance's own timer for the bank link: it ends with the instance,
+    // never in the loader's teardown of the binary, where a thread can no
+    // longer be joined.
+    std::unique_ptr<OrlThreads::TimerService> bankTimer_;
     std::unique_ptr<StartupBankLink> bankLink_;
 };

@@ -8,13 +8,15 @@
 #include "patch/StartupBank.h"
 #include "plugin/PluginBankSlots.h"
 #include "plugin/PluginCore.h"
+#include "platform/OrlThreads/TimerService.h"
 
 void PluginCore::lateConstruction() {
     std::vector<NorvelleProgram> slots(PROGRAM_COUNT);
     int current = 0;
     try {
         bankSlots_ = std::make_unique<PluginBankSlots>(*this);
-        bankLink_ = std::make_unique<StartupBankLink>(StartupBank::process(), *bankSlots_);
+        bankTimer_ = std::make_unique<OrlThreads::TimerService>();
+        bankLink_ = std::make_unique<StartupBankLink>(StartupBank::process(), *bankSlots_, bankTimer_.get());
         current = bankLink_->copyInto(slots);
     } catch (...) {
         // No bank on this machine to link to: the factory patches, or Init.

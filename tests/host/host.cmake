@@ -23,3 +23,16 @@ if(Python3_FOUND)
                    --patch ${TENDRANE_HOST_DIR}/data/HostCheck.tdrn --work ${PROJECT_BINARY_DIR}/host-ardour)
   set_tests_properties(host_ardour_session PROPERTIES LABELS host TIMEOUT 900)
 endif()
+
+# The Windows build under wine, against the same host built for Linux.
+add_executable(plugin_render_host ${TENDRANE_HOST_DIR}/windows/RenderHost.cpp)
+target_include_directories(plugin_render_host PRIVATE ${PROJECT_SOURCE_DIR})
+target_link_libraries(plugin_render_host PRIVATE ${CMAKE_DL_LIBS} Threads::Threads)
+set(TENDRANE_WIN64_BUILD ${PROJECT_SOURCE_DIR}/build-mingw64 CACHE PATH
+    "The 64-bit Windows cross build that the wine test builds the DLL in")
+add_test(NAME host_wine_render
+         COMMAND ${TENDRANE_HOST_DIR}/windows/wine_host_test.sh ${PROJECT_SOURCE_DIR} ${TENDRANE_WIN64_BUILD}
+                 $<TARGET_FILE:tendrane> $<TARGET_FILE:plugin_render_host> $<TARGET_FILE:tendrane_vst>
+                 ${TENDRANE_HOST_DIR}/data/HostCheck.tdrn ${PROJECT_BINARY_DIR}/host-wine)
+set_tests_properties(host_wine_render PROPERTIES LABELS host TIMEOUT 2400
+                     ENVIRONMENT "XDG_CONFIG_HOME=${PROJECT_BINARY_DIR}/host-config")

@@ -110,3 +110,21 @@ def read_float_wav(path):
     count = len(samples) // 4
     values = struct.unpack("<%df" % count, samples[:count * 4])
     return rate, channels, [values[i:i + channels] for i in range(0, count, channels)]
+
+
+def connect_to_master(session_path, track):
+    """Connects the track's two audio outputs to the master bus. The host
+    makes these connections from a thread of its own after it adds a track,
+    so a session saved at once may lack them."""
+    text = open(session_path, encoding="utf-8").read()
+    for channel in (1, 2):
+        out = "%s/audio_out %d" % (track, channel)
+        master = "Master/audio_in %d" % channel
+        for port, other in ((out, master), (master, out)):
+            empty = '<Port type="audio" name="%s"/>' % port
+            if empty in text:
+                text = text.replace(empty, '<Port type="audio" name="%s">\n          <Connection other="%s"/>\n'
+                                    '        </Port>' % (port, other), 1)
+            elif '<Connection other="%s"/>' % other not in text:
+                raise RuntimeError("port %s not found in the session" % port)
+    open(session_path, "w", encoding="utf-8").write(text)
