@@ -88,9 +88,11 @@ fuzz-ci: build-fuzz/build.ninja
 cross:
 	@tools/setup-debian.sh build cross
 	$(CONFIGURE) -B build-mingw32 -DCMAKE_TOOLCHAIN_FILE=cmake/mingw-i686.cmake -DTENDRANE_CORE_ONLY=ON
-	cmake --build build-mingw32 -j $(JOBS) --target core
+	cmake --build build-mingw32 -j $(JOBS) --target core tendrane_vst
+	tests/host/windows/check_dll.sh i686-w64-mingw32-objdump build-mingw32/vst/Tendrane.dll
 	$(CONFIGURE) -B build-mingw64 -DCMAKE_TOOLCHAIN_FILE=cmake/mingw-x86_64.cmake -DTENDRANE_CORE_ONLY=ON
-	cmake --build build-mingw64 -j $(JOBS) --target core
+	cmake --build build-mingw64 -j $(JOBS) --target core tendrane_vst
+	tests/host/windows/check_dll.sh x86_64-w64-mingw32-objdump build-mingw64/vst/Tendrane.dll
 
 bench: build
 	@for b in $(BUILD)/bench/bench_*; do echo "== $$b"; $$b; done

@@ -11,8 +11,10 @@
 #define TENDRANE_HAS_SSE 1
 #endif
 
+// On Windows the module definition file names the exports: a dllexport
+// would carry main's assembler name, decorated twice on 32-bit.
 #if defined(_WIN32)
-#define TENDRANE_EXPORT extern "C" __declspec(dllexport)
+#define TENDRANE_EXPORT extern "C"
 #else
 #define TENDRANE_EXPORT extern "C" __attribute__((visibility("default")))
 #endif
