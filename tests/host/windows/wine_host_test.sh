@@ -22,6 +22,8 @@ cmake --build "$win_build" --target tendrane_vst tendrane_render_host -j 2 | tai
 mkdir -p "$work"
 run=$(mktemp -d "$work/run-XXXXXX")
 cp "$win_build/vst/Tendrane.dll" "$win_build/vst/render_host.exe" "$run/"
+# The plug-in keeps a startup bank in the preferences: a private folder.
+export XDG_CONFIG_HOME="$run/config"
 "$tendrane" chunk write --program "$patch" -o "$run/patch.bin"
 "$linux_host" "$linux_plugin" "$run/patch.bin" $rate "$run/linux.raw"
 
