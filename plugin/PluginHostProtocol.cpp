@@ -1,6 +1,7 @@
 // PluginCore's side of the host protocol: names, capabilities, the opcodes
 // the base classes leave open, and the song chunk.
 #include <cstring>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -22,32 +23,27 @@ void copyText(char* target, const char* text, std::size_t limit) {
     target[n] = 0;
 }
 
-// Collects what a chunk holds, so that nothing is applied before all of it
-// has read without error.
-class StagedChunk : public ChunkTarget {
+// Applies a chunk to the instance as it is read: each slot is published as
+// soon as its block has been read, so slots stored before a failure keep
+// their new contents.
+class LiveChunkTarget : public ChunkTarget {
 public:
-    explicit StagedChunk(int current) : current_(current) {}
+    using Apply = std::function<void(int slot, const NorvelleProgram& record, bool fromBank)>;
+    LiveChunkTarget(int current, Apply store, std::function<void(const MidiConfigRecord&)> config,
+                    std::function<void()> changed)
+        : current_(current), store_(std::move(store)), config_(std::move(config)), changed_(std::move(changed)) {}
     int currentSlot() const override { return current_; }
     void storeProgram(int slot, const NorvelleProgram& record, bool fromBank) override {
-        slots.push_back(slot);
-        programs.push_back(record);
-        this->fromBank = fromBank;
+        store_(slot, record, fromBank);
     }
-    void setMidiConfig(const MidiConfigRecord& config) override {
-        midiConfig = config;
-        hasMidiConfig = true;
-    }
-    void everythingChanged() override { complete = true; }
-
-    std::vector<int> slots;
-    std::vector<NorvelleProgram> programs;
-    MidiConfigRecord midiConfig;
-    bool hasMidiConfig = false;
-    bool fromBank = false;
-    bool complete = false;
+    void setMidiConfig(const MidiConfigRecord& config) override { config_(config); }
+    void everythingChanged() override { changed_(); }
 
 private:
     int current_;
+    Apply store_;
+    std::function<void(const MidiConfigRecord&)> config_;
+    std::function<void()> changed_;
 };
 
 }  // namespace
@@ -120,19 +116,21 @@ VstInt32 PluginCore::getChunk(void** data, bool isPreset) {
 VstInt32 PluginCore::setChunk(void* data, VstInt32 byteSize, bool isPreset) {
     if (!data || byteSize <= 0) return 0;
     try {
-        StagedChunk staged(currentProgram_.load());
-        readChunk(static_cast<const uint8_t*>(data), static_cast<std::size_t>(byteSize), isPreset, staged);
-        if (!staged.complete) return 0;
-        for (std::size_t i = 0; i < staged.programs.size(); ++i) {
-            const int slot = staged.slots[i];
-            if (bankLink_ && staged.fromBank) bankLink_->remember(slot, staged.programs[i].stamp());
-            programs_[slot].publish(staged.programs[i]);
-        }
-        if (staged.hasMidiConfig) midiConfig_.publish(staged.midiConfig);
-        revision_.fetch_add(1);
-        guiRefresh_.exchange(2);
-        programEntered();
-        return 1;
+        LiveChunkTarget target(
+            currentProgram_.load(),
+            [this](int slot, const NorvelleProgram& record, bool fromBank) {
+                if (bankLink_ && fromBank) bankLink_->remember(slot, record.stamp());
+                programs_[slot].publish(record);
+            },
+            [this](const MidiConfigRecord& config) { midiConfig_.publish(config); },
+            [this] {
+                revision_.fetch_add(1);
+                guiRefresh_.exchange(2);
+                programEntered();
+            });
+        const std::size_t consumed =
+            readChunk(static_cast<const uint8_t*>(data), static_cast<std::size_t>(byteSize), isPreset, target);
+        return static_cast<VstInt32>(consumed);
     } catch (...) {
         return 0;
     }

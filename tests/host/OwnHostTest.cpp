@@ -235,7 +235,8 @@ TEST_F(OwnHost, ChunksRoundTripByteForByte) {
         ASSERT_FALSE(first.empty());
         auto other = std::make_unique<Instance>(library().pluginMain, 44100.0f, 512);
         std::vector<uint8_t> copy = first;
-        EXPECT_EQ(other->call(effSetChunk, program ? 1 : 0, static_cast<VstIntPtr>(copy.size()), copy.data()), 1);
+        EXPECT_EQ(other->call(effSetChunk, program ? 1 : 0, static_cast<VstIntPtr>(copy.size()), copy.data()),
+                  static_cast<VstIntPtr>(copy.size()));
         EXPECT_EQ(chunkOf(*other, program), first) << (program ? "program" : "bank");
         EXPECT_FLOAT_EQ(other->effect->getParameter(other->effect, 5), 0.33f);
     }
@@ -325,7 +326,7 @@ TEST_F(OwnHost, ProgramChangeFollowsTheMidiConfiguration) {
     config.supportMidiProgramChange = true;
     std::vector<uint8_t> bank;
     writeChunk(bank, false, slots, 0, config);
-    ASSERT_EQ(in->call(effSetChunk, 0, static_cast<VstIntPtr>(bank.size()), bank.data()), 1);
+    ASSERT_EQ(in->call(effSetChunk, 0, static_cast<VstIntPtr>(bank.size()), bank.data()), static_cast<VstIntPtr>(bank.size()));
     in->render({{0, 0xC0, 5, 0}}, 1024, l, r);
     EXPECT_EQ(in->call(effGetProgram), 5);
     in->call(effSetProgram, 0, 2);

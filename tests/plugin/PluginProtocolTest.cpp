@@ -4,7 +4,12 @@
 
 #include <cstring>
 #include <memory>
+#include <string>
+#include <vector>
 
+#include "patch/Chunk.h"
+#include "patch/MidiConfigRecord.h"
+#include "patch/NorvelleProgram.h"
 #include "plugin/PluginCore.h"
 #include "tests/plugin/BlockTestEngine.h"
 
@@ -140,7 +145,7 @@ TEST(PluginProtocol, ChunkRoundTripsByteForByte) {
         ASSERT_GT(size, 0);
         const std::vector<uint8_t> first(static_cast<uint8_t*>(data), static_cast<uint8_t*>(data) + size);
         auto other = makeCore();
-        EXPECT_EQ(other->setChunk(const_cast<uint8_t*>(first.data()), size, preset), 1);
+        EXPECT_EQ(other->setChunk(const_cast<uint8_t*>(first.data()), size, preset), size) << "every byte is consumed";
         void* again = nullptr;
         const VstInt32 size2 = other->getChunk(&again, preset);
         ASSERT_EQ(size2, size);
@@ -164,4 +169,27 @@ TEST(PluginProtocol, BadChunksAreRefusedAndChangeNothing) {
     // A bank chunk offered as a single program is refused too.
     EXPECT_EQ(core->setChunk(good.data(), size, true), 0);
     EXPECT_FLOAT_EQ(core->getParameter(3), 0.9f);
+}
+
+TEST(PluginProtocol, ABankFailingHalfwayKeepsTheSlotsReadBeforeTheFailure) {
+    // A well-formed bank whose fourth block carries an implementation from
+    // the future: the first three slots are stored before the block fails,
+    // and they keep their new contents while the rest stay as they were.
+    std::vector<NorvelleProgram> slots(PROGRAM_SLOT_COUNT);
+    for (int i = 0; i < PROGRAM_SLOT_COUNT; ++i) slots[i].setName(u"Song " + std::u16string(1, char16_t(u'A' + i)));
+    slots[3].implementation = CURRENT_IMPLEMENTATION + 1;
+    std::vector<uint8_t> bank;
+    writeChunk(bank, false, slots, 0, MidiConfigRecord{});
+
+    auto core = makeCore();
+    EXPECT_EQ(core->setChunk(bank.data(), static_cast<VstInt32>(bank.size()), false), 0);
+    char name[64] = {};
+    ASSERT_TRUE(core->getProgramNameIndexed(0, 0, name));
+    EXPECT_STREQ(name, "Song A");
+    ASSERT_TRUE(core->getProgramNameIndexed(0, 2, name));
+    EXPECT_STREQ(name, "Song C");
+    ASSERT_TRUE(core->getProgramNameIndexed(0, 3, name));
+    EXPECT_STRNE(name, "Song D");
+    ASSERT_TRUE(core->getProgramNameIndexed(0, 15, name));
+    EXPECT_STRNE(name, "Song P");
 }

@@ -38,7 +38,7 @@ int main(int argc, char** argv) {
             std::fprintf(stderr, "the plug-in made no instance\n");
             return 1;
         }
-        if (instance.call(effSetChunk, 1, static_cast<VstIntPtr>(chunk.size()), chunk.data()) != 1) {
+        if (instance.call(effSetChunk, 1, static_cast<VstIntPtr>(chunk.size()), chunk.data()) != static_cast<VstIntPtr>(chunk.size())) {
             std::fprintf(stderr, "the plug-in refused the chunk\n");
             return 1;
         }
