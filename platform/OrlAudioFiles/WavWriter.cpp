@@ -50,6 +50,8 @@ std::vector<uint8_t> writeWav(const AudioData& audio, SampleFormat format) {
     const bool isFloat = format == SampleFormat::Float32 || format == SampleFormat::Float64;
     const int bits = bitsOf(format);
     const uint32_t blockAlign = uint32_t(audio.channels) * uint32_t(bits / 8);
+    // A frame must fit the format chunk's 16-bit block align.
+    if (blockAlign > 0xFFFF) throw Exception("Cannot write WAV file (too many channels for the sample format)");
     const std::size_t frames = audio.frameCount();
     const uint64_t dataBytes = uint64_t(frames) * blockAlign;
     const uint32_t formatSize = isFloat ? 18 : 16;

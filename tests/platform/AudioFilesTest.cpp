@@ -262,3 +262,20 @@ TEST(AudioFilesTest, FileRoundTrip) {
     EXPECT_EQ(b.samples, a.samples);
     std::remove(path.c_str());
 }
+
+TEST(AudioFilesTest, WriterRefusesAFrameTooWideForItsFormat) {
+    // 16383 float channels make a 65532-byte frame, the widest a WAV header
+    // can declare; one more channel no longer fits.
+    AudioData fits = ramp(16383, 1);
+    std::vector<uint8_t> bytes = writeWav(fits, SampleFormat::Float32);
+    EXPECT_EQ(readWav(bytes.data(), bytes.size()).channels, 16383);
+    AudioData tooWide = ramp(16384, 1);
+    try {
+        writeWav(tooWide, SampleFormat::Float32);
+        FAIL() << "a 65536-byte frame was written";
+    } catch (const OrlAudioFiles::Exception& e) {
+        EXPECT_STREQ(e.what(), "Cannot write WAV file (too many channels for the sample format)");
+    }
+    // As 8-bit samples the same frame is 16384 bytes and fits.
+    EXPECT_NO_THROW(writeWav(tooWide, SampleFormat::Int8));
+}
