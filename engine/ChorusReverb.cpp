@@ -164,19 +164,29 @@ void ChorusReverb::process(const float* in, float* outLeft, float* outRight, flo
     }
     for (int k = 0; k <= DIFFUSERS; ++k) diffPos[k] = uint32_t(diffPos_[k]);
 
+    // Every state the loop carries lives in locals: the ring's float stores
+    // could otherwise alias the members, and each sample would reload them.
     __m128 walk1 = _mm_load_ps(walk1_), walk2 = _mm_load_ps(walk2_);
+    __m128 lineOut[3], lineDamp[3], gain[5];
+    for (int g = 0; g < 3; ++g) {
+        lineOut[g] = _mm_load_ps(lineOut_ + 4 * g);
+        lineDamp[g] = _mm_load_ps(lineDamp_ + 4 * g);
+    }
+    for (int k = 0; k < 5; ++k) gain[k] = _mm_load_ps(gainNow_ + 4 * k);
+    __m128 gainGoal[5];
+    for (int k = 0; k < 5; ++k) gainGoal[k] = _mm_load_ps(gainTarget_ + 4 * k);
+    float antiDenormal = antiDenormal_;
+    uint32_t random1 = random1_;
+    const uint32_t start = writePos_;
     for (int n = 0; n < BLOCK; ++n) {
         // Four random draws drive the four walks, low-passed twice at 1.25 Hz.
         // The four steps of the generator, each taken straight from the
         // word it starts with: the same numbers without a chain of four.
-        alignas(16) int32_t draws[4];
-        const uint32_t r = random1_;
-        draws[0] = int32_t(r * kDrawMul[0] - kDrawSub[0]);
-        draws[1] = int32_t(r * kDrawMul[1] - kDrawSub[1]);
-        draws[2] = int32_t(r * kDrawMul[2] - kDrawSub[2]);
-        random1_ = r * kDrawMul[3] - kDrawSub[3];
-        draws[3] = int32_t(random1_);
-        const __m128 noise = _mm_cvtepi32_ps(_mm_load_si128(reinterpret_cast<const __m128i*>(draws)));
+        const uint32_t r = random1;
+        random1 = r * kDrawMul[3] - kDrawSub[3];
+        const __m128i draws = _mm_setr_epi32(int32_t(r * kDrawMul[0] - kDrawSub[0]), int32_t(r * kDrawMul[1] - kDrawSub[1]),
+                                             int32_t(r * kDrawMul[2] - kDrawSub[2]), int32_t(random1));
+        const __m128 noise = _mm_cvtepi32_ps(draws);
         walk1 = _mm_add_ps(walk1, _mm_mul_ps(_mm_sub_ps(_mm_mul_ps(noise, noiseGain), walk1), walkCoef));
         walk2 = _mm_add_ps(walk2, _mm_mul_ps(_mm_sub_ps(walk1, walk2), walkCoef));
         // A parabolic sine of each walk: it wraps softly and never runs away.
@@ -191,17 +201,12 @@ void ChorusReverb::process(const float* in, float* outLeft, float* outRight, flo
         const __m128 g3 = _mm_mul_ps(_mm_shuffle_ps(m, m, _MM_SHUFFLE(2, 3, 0, 1)), _mm_setr_ps(-1.0f, 1.0f, -1.0f, 1.0f));
         const __m128 groupMod[3] = {g1, g2, g3};
 
-        if (!gainsSettled) {
-            for (int k = 0; k < 20; k += 4) {
-                const __m128 now = _mm_load_ps(gainNow_ + k);
-                _mm_store_ps(gainNow_ + k,
-                             _mm_add_ps(now, _mm_mul_ps(_mm_sub_ps(_mm_load_ps(gainTarget_ + k), now), smooth)));
-            }
-        }
+        if (!gainsSettled)
+            for (int k = 0; k < 5; ++k) gain[k] = _mm_add_ps(gain[k], _mm_mul_ps(_mm_sub_ps(gainGoal[k], gain[k]), smooth));
 
-        const uint32_t at = writePos_ + uint32_t(n);
+        const uint32_t at = start + uint32_t(n);
         const float x = in[n];
-        const __m128 feed = _mm_set1_ps(x + antiDenormal_);
+        const __m128 feed = _mm_set1_ps(x + antiDenormal);
         // The input once in each sum, before the first group.
         float L = x, R = x;
         for (int g = 0; g < 3; ++g) {
@@ -212,26 +217,23 @@ void ChorusReverb::process(const float* in, float* outLeft, float* outRight, flo
             const __m128 i = _mm_sub_ps(c, one);
             const __m128 f = _mm_sub_ps(mu, i);
             const __m128 ap = _mm_div_ps(_mm_sub_ps(one, f), _mm_add_ps(one, f));
-            alignas(16) int32_t whole[4];
-            _mm_store_si128(reinterpret_cast<__m128i*>(whole), _mm_cvtps_epi32(i));
-            const int k0 = 4 * g;
-            const uint32_t a0 = at - uint32_t(whole[0]) - lineBase[k0];
-            const uint32_t a1 = at - uint32_t(whole[1]) - lineBase[k0 + 1];
-            const uint32_t a2 = at - uint32_t(whole[2]) - lineBase[k0 + 2];
-            const uint32_t a3 = at - uint32_t(whole[3]) - lineBase[k0 + 3];
+            // at - floor(mu) - base, for the four lines at once.
+            const __m128i base = _mm_sub_epi32(_mm_set1_epi32(int32_t(at)), _mm_cvtps_epi32(i));
+            alignas(16) uint32_t pos[4];
+            _mm_store_si128(reinterpret_cast<__m128i*>(pos),
+                            _mm_sub_epi32(base, _mm_loadu_si128(reinterpret_cast<const __m128i*>(lineBase + 4 * g))));
+            const uint32_t a0 = pos[0], a1 = pos[1], a2 = pos[2], a3 = pos[3];
             const __m128 s0 = _mm_setr_ps(buf[a0 & mask], buf[a1 & mask], buf[a2 & mask], buf[a3 & mask]);
             const __m128 s1 = _mm_setr_ps(buf[(a0 - 1u) & mask], buf[(a1 - 1u) & mask], buf[(a2 - 1u) & mask],
                                           buf[(a3 - 1u) & mask]);
             // Fractional allpass read, feedback gain, damping.
-            const __m128 prev = _mm_load_ps(lineOut_ + k0);
-            const __m128 y = _mm_add_ps(s1, _mm_mul_ps(ap, _mm_sub_ps(s0, prev)));
-            _mm_store_ps(lineOut_ + k0, y);
-            const __m128 t = _mm_mul_ps(_mm_add_ps(feed, y), _mm_load_ps(gainNow_ + k0));
-            const __m128 damp = _mm_load_ps(lineDamp_ + k0);
-            const __m128 newDamp = _mm_add_ps(damp, _mm_mul_ps(_mm_sub_ps(t, damp), dampCoef));
-            _mm_store_ps(lineDamp_ + k0, newDamp);
+            const __m128 y = _mm_add_ps(s1, _mm_mul_ps(ap, _mm_sub_ps(s0, lineOut[g])));
+            lineOut[g] = y;
+            const __m128 t = _mm_mul_ps(_mm_add_ps(feed, y), gain[g]);
+            const __m128 newDamp = _mm_add_ps(lineDamp[g], _mm_mul_ps(_mm_sub_ps(t, lineDamp[g]), dampCoef));
+            lineDamp[g] = newDamp;
             // Lanes straight from the registers; positions from locals.
-            const uint32_t* off = &lineOffset[k0];
+            const uint32_t* off = &lineOffset[4 * g];
             buf[(at - off[0]) & mask] = _mm_cvtss_f32(newDamp);
             buf[(at - off[1]) & mask] = _mm_cvtss_f32(_mm_shuffle_ps(newDamp, newDamp, _MM_SHUFFLE(1, 1, 1, 1)));
             buf[(at - off[2]) & mask] = _mm_cvtss_f32(_mm_shuffle_ps(newDamp, newDamp, _MM_SHUFFLE(2, 2, 2, 2)));
@@ -246,7 +248,10 @@ void ChorusReverb::process(const float* in, float* outLeft, float* outRight, flo
         // Diffusers: read all six first, then write.
         float rd[DIFFUSERS];
         for (int j = 0; j < DIFFUSERS; ++j) rd[j] = buf[(at - diffPos[j + 1]) & mask];
-        const float* g = gainNow_ + 13;
+        alignas(16) float gd[8];
+        _mm_store_ps(gd, gain[3]);
+        _mm_store_ps(gd + 4, gain[4]);
+        const float* g = gd + 1;  // the diffusers' gains are entries 13 to 18
         const float u0 = rd[0] - g[0] * L;
         const float w0 = g[0] * u0 + L;
         const float u1 = rd[1] - g[1] * w0;
@@ -264,11 +269,18 @@ void ChorusReverb::process(const float* in, float* outLeft, float* outRight, flo
 
         outLeft[n] = -u2 * 0.11785113f;
         outRight[n] = -u5 * 0.11785113f;
-        antiDenormal_ = -antiDenormal_;
+        antiDenormal = -antiDenormal;
     }
-    writePos_ += uint32_t(BLOCK);
+    writePos_ = start + uint32_t(BLOCK);
+    antiDenormal_ = antiDenormal;
+    random1_ = random1;
     _mm_store_ps(walk1_, walk1);
     _mm_store_ps(walk2_, walk2);
+    for (int g = 0; g < 3; ++g) {
+        _mm_store_ps(lineOut_ + 4 * g, lineOut[g]);
+        _mm_store_ps(lineDamp_ + 4 * g, lineDamp[g]);
+    }
+    for (int k = 0; k < 5; ++k) _mm_store_ps(gainNow_ + 4 * k, gain[k]);
 
     const uint32_t u = random2_ * 0x323785AFu - 0x35F2CFD7u;
     random1_ = (2u * random1_) | (u >> 31);
