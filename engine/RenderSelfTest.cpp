@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <fstream>
 #include <memory>
 
@@ -144,6 +145,40 @@ SelfTestOutcome createTest(const SelfTestSpec& spec) {
     }
     compareWithFile(audio, spec);
     return SelfTestOutcome::Matched;
+}
+
+double randomNoiseDensity(int index) {
+    const double tenths = double(index) / 10.0;
+    return tenths * tenths + 1.0;
+}
+
+std::string randomNoiseFileName(int index) {
+    char name[32];
+    std::snprintf(name, sizeof name, "noise%03d.wav", index);
+    return name;
+}
+
+SelfTestSpec randomNoiseSpec(const std::string& dir, int index, double seconds, uint32_t firstSeed) {
+    SelfTestSpec s;
+    s.seed = firstSeed + uint32_t(index);
+    s.time = seconds;
+    s.sampleRate = kRandomNoiseRate;
+    s.density = randomNoiseDensity(index);
+    const bool separated = dir.empty() || dir.back() == '/' || dir.back() == '\\';
+    s.file = dir + (separated ? "" : "/") + randomNoiseFileName(index);
+    return s;
+}
+
+std::vector<std::string> generateRandomNoises(const std::string& dir, int count, double seconds,
+                                              const RandomNoiseProgress& progress, uint32_t firstSeed) {
+    std::vector<std::string> written;
+    for (int i = 0; i < count; ++i) {
+        const SelfTestSpec s = randomNoiseSpec(dir, i, seconds, firstSeed);
+        if (progress) progress(i, count, s);
+        OrlAudioFiles::writeWavFile(s.file, renderSelfTest(s), OrlAudioFiles::SampleFormat::Float32);
+        written.push_back(s.file);
+    }
+    return written;
 }
 
 }  // namespace engine

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -49,5 +50,31 @@ SelfTestOutcome createTest(const SelfTestSpec& spec);
 
 // Compares a render with the audio of a file (the same rule as createTest).
 void compareWithFile(const OrlAudioFiles::AudioData& rendered, const SelfTestSpec& spec);
+
+// The random-noise set: a row of self-test recordings of growing density for
+// listening to the engine and for comparing later builds with. File i (from
+// 0) renders the material of seed firstSeed + i at 44100 Hz with density
+// (i / 10)^2 + 1 notes per second, and is named noise000.wav, noise001.wav...
+// (three digits at least). The files are 32-bit float WAV, exactly what
+// createTest records for the same spec, so createTest can compare with them.
+constexpr float kRandomNoiseRate = 44100.0f;
+constexpr double kRandomNoiseSeconds = 20.0;
+constexpr int kRandomNoiseCount = 100;
+
+double randomNoiseDensity(int index);
+std::string randomNoiseFileName(int index);
+// The spec of file `index` in the folder `dir`.
+SelfTestSpec randomNoiseSpec(const std::string& dir, int index, double seconds = kRandomNoiseSeconds,
+                             uint32_t firstSeed = 1);
+
+// Told before each file is rendered: its index (from 0), the count, its spec.
+using RandomNoiseProgress = std::function<void(int index, int count, const SelfTestSpec& spec)>;
+
+// Renders and writes `count` files into the existing folder `dir`, replacing
+// files of the same names. Returns the paths written. A file that cannot be
+// written fails with "Cannot create file PATH".
+std::vector<std::string> generateRandomNoises(const std::string& dir, int count = kRandomNoiseCount,
+                                              double seconds = kRandomNoiseSeconds,
+                                              const RandomNoiseProgress& progress = {}, uint32_t firstSeed = 1);
 
 }  // namespace engine
