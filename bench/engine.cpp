@@ -52,6 +52,7 @@ struct VoiceRig {
             voices.back().clear(uint32_t(i + 1));
             voices.back().start(0, 0, 40 + i * 2, 100);
         }
+        for (Voice& v : voices) all.push_back(&v);
         stage.init(rate);
         chorus.seed(1);
         chorus.resize(rate, program.genes[Gene::fx_size]);
@@ -70,11 +71,8 @@ struct VoiceRig {
         for (int i = 0; i < 64; ++i) left[i] = right[i] = send[i] = 0.0f;
         silent = true;
         sendSilent = true;
-        // As the engine does: four voices at a time.
-        std::size_t i = 0;
-        for (; i + 3 < voices.size(); i += 4) Voice::renderFour(voices[i], voices[i + 1], voices[i + 2], voices[i + 3], block);
-        for (; i + 1 < voices.size(); i += 2) Voice::renderTwo(voices[i], voices[i + 1], block);
-        if (i < voices.size()) voices[i].render(block);
+        // As the engine does: all voices at once.
+        Voice::renderAll(all.data(), int(all.size()), block);
         if (reverb) {
             chorus.process(send, wetL, wetR, 1.0f, 2.0f, 8000.0f, 1.0f);
             for (int i = 0; i < 64; ++i) {
@@ -90,6 +88,7 @@ struct VoiceRig {
     MidiConfigRecord config;
     engine::BranchDecoder decoders[12];
     std::vector<Voice> voices;
+    std::vector<Voice*> all;
     engine::ChorusReverb chorus;
     engine::OutputStage stage;
     VoiceBlock block;

@@ -2,6 +2,7 @@
 
 #include <emmintrin.h>
 
+#include <algorithm>
 #include <cmath>
 
 #include "engine/Denormal.h"
@@ -48,57 +49,121 @@ void filterNoises(float& bState1, float& bState2, const float* bRaw, float fB, f
     aState = dropTinyBits(a);
 }
 
-void filterNoisesFour(const NoiseJob* j) {
-    alignas(16) float k[4], g[4], s1[4], s2[4], a[4], aGain[4], aCoef[4];
-    for (int v = 0; v < 4; ++v) {
-        // A quiet filter has zero states: with zero coefficients its lane
-        // computes +0 throughout, the zeros it would have been given.
-        k[v] = j[v].bQuiet ? 0.0f : 1.0f - std::exp(-6.2831855f * j[v].fB);
-        g[v] = j[v].bQuiet ? 0.0f : std::sqrt(j[v].bNoise * 0.5f / j[v].fB);
-        s1[v] = *j[v].bState1;
-        s2[v] = *j[v].bState2;
-        a[v] = *j[v].aState;
-        aGain[v] = j[v].aQuiet ? 0.0f : j[v].aGain;
-        aCoef[v] = j[v].aQuiet ? 0.0f : j[v].aCoef;
+namespace {
+
+// Groups of four voices, one voice per lane, all groups in one loop so that
+// their recursions overlap in time.
+template <int G>
+void filterNoiseGroups(const NoiseJob* const* j) {
+    __m128 K[G], Gain[G], AG[G], AC[G], S1[G], S2[G], A[G];
+    for (int q = 0; q < G; ++q) {
+        alignas(16) float k[4], g[4], s1[4], s2[4], a[4], aGain[4], aCoef[4];
+        for (int v = 0; v < 4; ++v) {
+            const NoiseJob& job = *j[4 * q + v];
+            // A quiet filter has zero states: with zero coefficients its lane
+            // computes +0 throughout, the zeros it would have been given.
+            k[v] = job.bQuiet ? 0.0f : 1.0f - std::exp(-6.2831855f * job.fB);
+            g[v] = job.bQuiet ? 0.0f : std::sqrt(job.bNoise * 0.5f / job.fB);
+            s1[v] = *job.bState1;
+            s2[v] = *job.bState2;
+            a[v] = *job.aState;
+            aGain[v] = job.aQuiet ? 0.0f : job.aGain;
+            aCoef[v] = job.aQuiet ? 0.0f : job.aCoef;
+        }
+        K[q] = _mm_load_ps(k);
+        Gain[q] = _mm_load_ps(g);
+        AG[q] = _mm_load_ps(aGain);
+        AC[q] = _mm_load_ps(aCoef);
+        S1[q] = _mm_load_ps(s1);
+        S2[q] = _mm_load_ps(s2);
+        A[q] = _mm_load_ps(a);
     }
-    const __m128 K = _mm_load_ps(k), G = _mm_load_ps(g), AG = _mm_load_ps(aGain), AC = _mm_load_ps(aCoef);
-    __m128 S1 = _mm_load_ps(s1), S2 = _mm_load_ps(s2), A = _mm_load_ps(a);
     for (int i = 0; i < kFrameSamples; i += 4) {
         // Four samples of four voices, turned so that each register holds
         // one sample of every voice.
-        __m128 b0 = _mm_loadu_ps(j[0].bRaw + i), b1 = _mm_loadu_ps(j[1].bRaw + i);
-        __m128 b2 = _mm_loadu_ps(j[2].bRaw + i), b3 = _mm_loadu_ps(j[3].bRaw + i);
-        __m128 r0 = _mm_loadu_ps(j[0].aRaw + i), r1 = _mm_loadu_ps(j[1].aRaw + i);
-        __m128 r2 = _mm_loadu_ps(j[2].aRaw + i), r3 = _mm_loadu_ps(j[3].aRaw + i);
-        _MM_TRANSPOSE4_PS(b0, b1, b2, b3);
-        _MM_TRANSPOSE4_PS(r0, r1, r2, r3);
-        __m128 bRaw[4] = {b0, b1, b2, b3}, aRaw[4] = {r0, r1, r2, r3};
-        __m128 bOut[4], aOut[4];
-        for (int n = 0; n < 4; ++n) {
-            S1 = _mm_add_ps(S1, _mm_mul_ps(_mm_sub_ps(_mm_mul_ps(bRaw[n], G), S1), K));
-            A = _mm_add_ps(A, _mm_mul_ps(_mm_sub_ps(_mm_mul_ps(aRaw[n], AG), A), AC));
-            S2 = _mm_add_ps(S2, _mm_mul_ps(_mm_sub_ps(S1, S2), K));
-            bOut[n] = S2;
-            aOut[n] = A;
+        __m128 bRaw[G][4], aRaw[G][4];
+#pragma GCC unroll 8
+        for (int q = 0; q < G; ++q) {
+#pragma GCC unroll 4
+            for (int v = 0; v < 4; ++v) {
+                bRaw[q][v] = _mm_loadu_ps(j[4 * q + v]->bRaw + i);
+                aRaw[q][v] = _mm_loadu_ps(j[4 * q + v]->aRaw + i);
+            }
+            _MM_TRANSPOSE4_PS(bRaw[q][0], bRaw[q][1], bRaw[q][2], bRaw[q][3]);
+            _MM_TRANSPOSE4_PS(aRaw[q][0], aRaw[q][1], aRaw[q][2], aRaw[q][3]);
         }
-        _MM_TRANSPOSE4_PS(bOut[0], bOut[1], bOut[2], bOut[3]);
-        _MM_TRANSPOSE4_PS(aOut[0], aOut[1], aOut[2], aOut[3]);
-        for (int v = 0; v < 4; ++v) {
-            _mm_store_ps(j[v].bOut + i, bOut[v]);
-            _mm_store_ps(j[v].aOut + i, aOut[v]);
+#pragma GCC unroll 4
+        for (int n = 0; n < 4; ++n) {
+#pragma GCC unroll 8
+            for (int q = 0; q < G; ++q) {
+                S1[q] = _mm_add_ps(S1[q], _mm_mul_ps(_mm_sub_ps(_mm_mul_ps(bRaw[q][n], Gain[q]), S1[q]), K[q]));
+                A[q] = _mm_add_ps(A[q], _mm_mul_ps(_mm_sub_ps(_mm_mul_ps(aRaw[q][n], AG[q]), A[q]), AC[q]));
+                S2[q] = _mm_add_ps(S2[q], _mm_mul_ps(_mm_sub_ps(S1[q], S2[q]), K[q]));
+                bRaw[q][n] = S2[q];  // the raw sample is used up: its slot takes the output
+                aRaw[q][n] = A[q];
+            }
+        }
+#pragma GCC unroll 8
+        for (int q = 0; q < G; ++q) {
+            _MM_TRANSPOSE4_PS(bRaw[q][0], bRaw[q][1], bRaw[q][2], bRaw[q][3]);
+            _MM_TRANSPOSE4_PS(aRaw[q][0], aRaw[q][1], aRaw[q][2], aRaw[q][3]);
+#pragma GCC unroll 4
+            for (int v = 0; v < 4; ++v) {
+                _mm_store_ps(j[4 * q + v]->bOut + i, bRaw[q][v]);
+                _mm_store_ps(j[4 * q + v]->aOut + i, aRaw[q][v]);
+            }
         }
     }
-    S1 = dropTinyBits(S1);
-    S2 = dropTinyBits(S2);
-    A = dropTinyBits(A);
-    _mm_store_ps(s1, S1);
-    _mm_store_ps(s2, S2);
-    _mm_store_ps(a, A);
-    for (int v = 0; v < 4; ++v) {
-        *j[v].bState1 = s1[v];
-        *j[v].bState2 = s2[v];
-        *j[v].aState = a[v];
+    for (int q = 0; q < G; ++q) {
+        alignas(16) float s1[4], s2[4], a[4];
+        _mm_store_ps(s1, dropTinyBits(S1[q]));
+        _mm_store_ps(s2, dropTinyBits(S2[q]));
+        _mm_store_ps(a, dropTinyBits(A[q]));
+        for (int v = 0; v < 4; ++v) {
+            const NoiseJob& job = *j[4 * q + v];
+            *job.bState1 = s1[v];
+            *job.bState2 = s2[v];
+            *job.aState = a[v];
+        }
     }
 }
+
+// At most this many groups share one loop: more would only spill registers.
+constexpr int kNoiseGroupsTogether = 3;
+
+}  // namespace
+
+void filterNoisesTogether(const NoiseJob* jobs, int count) {
+    // The last group is filled up with quiet lanes of their own.
+    float spareState[3][4] = {};
+    alignas(16) static const float silence[kFrameSamples] = {};
+    alignas(16) float spareOut[kFrameSamples];
+    NoiseJob spares[4];
+    for (int s = 0; s < 4 && count % 4 != 0; ++s) {
+        spares[s].bState1 = &spareState[0][s];
+        spares[s].bState2 = &spareState[1][s];
+        spares[s].aState = &spareState[2][s];
+        spares[s].bRaw = spares[s].aRaw = silence;
+        spares[s].bOut = spares[s].aOut = spareOut;
+        spares[s].bQuiet = spares[s].aQuiet = true;
+    }
+    while (count > 0) {
+        const int groups = std::min((count + 3) / 4, kNoiseGroupsTogether);
+        const NoiseJob* lanes[4 * kNoiseGroupsTogether];
+        int n = 0;
+        for (; n < 4 * groups && n < count; ++n) lanes[n] = &jobs[n];
+        for (int s = 0; n < 4 * groups; ++n, ++s) lanes[n] = &spares[s];
+        if (groups == 1)
+            filterNoiseGroups<1>(lanes);
+        else if (groups == 2)
+            filterNoiseGroups<2>(lanes);
+        else
+            filterNoiseGroups<3>(lanes);
+        jobs += 4 * groups;
+        count -= 4 * groups;
+    }
+}
+
+void filterNoisesFour(const NoiseJob* j) { filterNoisesTogether(j, 4); }
 
 }  // namespace engine

@@ -164,13 +164,12 @@ void SoundEngine::render(const NorvelleProgram& program, const MidiConfigRecord&
     block.sendSilent = &sendSilent_;
     block.decoders = decoders_;
     block.manager = this;
-    // Four voices at a time: two voices' filters share the four lanes of a
-    // register, and two such registers run in one loop.
-    static_assert(VOICE_COUNT % 4 == 0);
-    for (int i = 0; i < VOICE_COUNT; i += 4) {
-        Voice::renderFour(voices_[i], voices_[i + 1], voices_[i + 2], voices_[i + 3], block);
-        for (int k = i; k < i + 4; ++k) displayLevel(voices_[k]);
-    }
+    // All voices at once: their noise colourings and filters share the lanes
+    // of a few registers.
+    Voice* all[VOICE_COUNT];
+    for (int i = 0; i < VOICE_COUNT; ++i) all[i] = &voices_[i];
+    Voice::renderAll(all, VOICE_COUNT, block);
+    for (int k = 0; k < VOICE_COUNT; ++k) displayLevel(voices_[k]);
 
     reverbBlock(program, releaseSec, silentFlag);
     output_.process(busLeft_, busRight_, silentFlag, outGain_ * 0.2f);

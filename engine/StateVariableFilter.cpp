@@ -9,6 +9,7 @@
 
 namespace engine {
 
+// Written once for a float and once for four: the same steps in the same order.
 FilterCoefficients filterCoefficients(float f, float logDamp) {
     const float f2 = f * f;
     const float f4 = f2 * f2;
@@ -75,85 +76,122 @@ void renderFilterPair(float* low2, float* band2, const FilterCoefficients& first
     band2[1] = lanes[1];
 }
 
-void renderFilterPairs(float* lowA, float* bandA, const FilterCoefficients& firstA, const FilterCoefficients& secondA,
-                       const float* inA, float* outA, float* lowB, float* bandB, const FilterCoefficients& firstB,
-                       const FilterCoefficients& secondB, const float* inB, float* outB) {
-    const __m128 c = _mm_setr_ps(firstA.c, secondA.c, firstB.c, secondB.c);
-    const __m128 d = _mm_setr_ps(firstA.d, secondA.d, firstB.d, secondB.d);
-    __m128 low = _mm_setr_ps(lowA[0], lowA[1], lowB[0], lowB[1]);
-    __m128 band = _mm_setr_ps(bandA[0], bandA[1], bandB[0], bandB[1]);
-    auto input = [&](int i) { return _mm_setr_ps(inA[i], inA[i], inB[i], inB[i]); };
-    alignas(16) float lanes[4];
-    auto store = [&](int i, __m128 l) {
-        _mm_store_ps(lanes, l);
-        outA[i] = lanes[0] + lanes[1];
-        outB[i] = lanes[2] + lanes[3];
-    };
-    for (int i = 0; i < kFrameSamples; i += 4) {
-        store(i, filterStep(input(i), low, band, c, d));
-        store(i + 1, filterStep(input(i + 1), low, band, c, d));
-        band = dropTinyBits(band);
-        store(i + 2, filterStep(input(i + 2), low, band, c, d));
-        store(i + 3, filterStep(input(i + 3), low, band, c, d));
-        band = dropTinyBits(band);
-        low = dropTinyBits(low);
-    }
-    _mm_store_ps(lanes, low);
-    lowA[0] = lanes[0];
-    lowA[1] = lanes[1];
-    lowB[0] = lanes[2];
-    lowB[1] = lanes[3];
-    _mm_store_ps(lanes, band);
-    bandA[0] = lanes[0];
-    bandA[1] = lanes[1];
-    bandB[0] = lanes[2];
-    bandB[1] = lanes[3];
+namespace {
+
+// filterCoefficients for four filters at once, step for step.
+inline void filterCoefficients4(__m128 f, __m128 logDamp, __m128& c, __m128& d) {
+    const __m128 f2 = _mm_mul_ps(f, f);
+    const __m128 f4 = _mm_mul_ps(f2, f2);
+    const __m128 D = _mm_mul_ps(_mm_sub_ps(_mm_set1_ps(1.0f), _mm_mul_ps(_mm_set1_ps(4.0f), f2)), logDamp);
+    __m128 e = _mm_add_ps(_mm_set1_ps(1.0f),
+                          _mm_mul_ps(_mm_mul_ps(_mm_set1_ps(0.0625f), D),
+                                     _mm_add_ps(_mm_set1_ps(1.0f), _mm_mul_ps(_mm_set1_ps(0.03125f), D))));
+    e = _mm_mul_ps(e, e);
+    e = _mm_mul_ps(e, e);
+    e = _mm_mul_ps(e, e);
+    e = _mm_mul_ps(e, e);
+    d = e;
+    const __m128 tune = _mm_add_ps(_mm_sub_ps(_mm_set1_ps(6.281745f), _mm_mul_ps(_mm_set1_ps(10.28326f), f2)),
+                                   _mm_mul_ps(_mm_set1_ps(4.635304f), f4));
+    const __m128 pull = _mm_add_ps(_mm_sub_ps(_mm_set1_ps(9.813636f), _mm_mul_ps(_mm_set1_ps(30.95644f), f2)),
+                                   _mm_mul_ps(_mm_set1_ps(30.93228f), f4));
+    c = _mm_sub_ps(_mm_mul_ps(f, tune), _mm_mul_ps(_mm_mul_ps(e, f2), pull));
 }
 
-void renderFilterPairs(const FilterPairJob& a, const FilterPairJob& b, const FilterPairJob& c, const FilterPairJob& d) {
-    const __m128 cP = _mm_setr_ps(a.first.c, a.second.c, b.first.c, b.second.c);
-    const __m128 dP = _mm_setr_ps(a.first.d, a.second.d, b.first.d, b.second.d);
-    const __m128 cQ = _mm_setr_ps(c.first.c, c.second.c, d.first.c, d.second.c);
-    const __m128 dQ = _mm_setr_ps(c.first.d, c.second.d, d.first.d, d.second.d);
-    __m128 lowP = _mm_setr_ps(a.low[0], a.low[1], b.low[0], b.low[1]);
-    __m128 bandP = _mm_setr_ps(a.band[0], a.band[1], b.band[0], b.band[1]);
-    __m128 lowQ = _mm_setr_ps(c.low[0], c.low[1], d.low[0], d.low[1]);
-    __m128 bandQ = _mm_setr_ps(c.band[0], c.band[1], d.band[0], d.band[1]);
-    // The sums of each voice's two lows: lanes 0 + 1 and 2 + 3.
-    alignas(16) float lanes[8];
-    auto step = [&](int i) __attribute__((always_inline)) {
-        const __m128 yP = filterStep(_mm_setr_ps(a.in[i], a.in[i], b.in[i], b.in[i]), lowP, bandP, cP, dP);
-        const __m128 yQ = filterStep(_mm_setr_ps(c.in[i], c.in[i], d.in[i], d.in[i]), lowQ, bandQ, cQ, dQ);
-        _mm_store_ps(lanes, yP);
-        _mm_store_ps(lanes + 4, yQ);
-        a.out[i] = lanes[0] + lanes[1];
-        b.out[i] = lanes[2] + lanes[3];
-        c.out[i] = lanes[4] + lanes[5];
-        d.out[i] = lanes[6] + lanes[7];
-    };
-    for (int i = 0; i < kFrameSamples; i += 4) {
-        step(i);
-        step(i + 1);
-        bandP = dropTinyBits(bandP);
-        bandQ = dropTinyBits(bandQ);
-        step(i + 2);
-        step(i + 3);
-        bandP = dropTinyBits(bandP);
-        bandQ = dropTinyBits(bandQ);
-        lowP = dropTinyBits(lowP);
-        lowQ = dropTinyBits(lowQ);
+// R registers of two voices each (one voice in lanes 0 and 1, the next in 2
+// and 3), all in one loop so that their chains of dependent steps overlap.
+template <int R>
+void filterRegisters(const FilterVoice* const* v) {
+    __m128 c[R], d[R], low[R], band[R];
+    for (int q = 0; q < R; ++q) {
+        const FilterVoice& x = *v[2 * q];
+        const FilterVoice& y = *v[2 * q + 1];
+        filterCoefficients4(_mm_setr_ps(x.f1, x.f2, y.f1, y.f2),
+                            _mm_setr_ps(x.logDamp, x.logDamp, y.logDamp, y.logDamp), c[q], d[q]);
+        low[q] = _mm_setr_ps(x.low[0], x.low[1], y.low[0], y.low[1]);
+        band[q] = _mm_setr_ps(x.band[0], x.band[1], y.band[0], y.band[1]);
     }
-    auto keep = [&lanes](__m128 v, float* first, float* second) {
-        _mm_store_ps(lanes, v);
-        first[0] = lanes[0];
-        first[1] = lanes[1];
-        second[0] = lanes[2];
-        second[1] = lanes[3];
-    };
-    keep(lowP, a.low, b.low);
-    keep(bandP, a.band, b.band);
-    keep(lowQ, c.low, d.low);
-    keep(bandQ, c.band, d.band);
+    for (int i = 0; i < kFrameSamples; i += 4) {
+        __m128 out[R][4];
+#pragma GCC unroll 8
+        for (int q = 0; q < R; ++q) {
+            // Four samples of both voices, each spread over its voice's lanes.
+            const __m128 x = _mm_load_ps(v[2 * q]->in + i), y = _mm_load_ps(v[2 * q + 1]->in + i);
+            const __m128 lo = _mm_unpacklo_ps(x, y), hi = _mm_unpackhi_ps(x, y);
+            out[q][0] = _mm_shuffle_ps(lo, lo, _MM_SHUFFLE(1, 1, 0, 0));
+            out[q][1] = _mm_shuffle_ps(lo, lo, _MM_SHUFFLE(3, 3, 2, 2));
+            out[q][2] = _mm_shuffle_ps(hi, hi, _MM_SHUFFLE(1, 1, 0, 0));
+            out[q][3] = _mm_shuffle_ps(hi, hi, _MM_SHUFFLE(3, 3, 2, 2));
+        }
+#pragma GCC unroll 4
+        for (int n = 0; n < 4; ++n) {
+#pragma GCC unroll 8
+            for (int q = 0; q < R; ++q) out[q][n] = filterStep(out[q][n], low[q], band[q], c[q], d[q]);
+            if (n == 1)
+                for (int q = 0; q < R; ++q) band[q] = dropTinyBits(band[q]);
+        }
+#pragma GCC unroll 8
+        for (int q = 0; q < R; ++q) {
+            band[q] = dropTinyBits(band[q]);
+            low[q] = dropTinyBits(low[q]);
+            // Each voice hears the sum of its two lows.
+            const __m128 s01 = _mm_add_ps(_mm_shuffle_ps(out[q][0], out[q][1], _MM_SHUFFLE(2, 0, 2, 0)),
+                                          _mm_shuffle_ps(out[q][0], out[q][1], _MM_SHUFFLE(3, 1, 3, 1)));
+            const __m128 s23 = _mm_add_ps(_mm_shuffle_ps(out[q][2], out[q][3], _MM_SHUFFLE(2, 0, 2, 0)),
+                                          _mm_shuffle_ps(out[q][2], out[q][3], _MM_SHUFFLE(3, 1, 3, 1)));
+            _mm_store_ps(v[2 * q]->out + i, _mm_shuffle_ps(s01, s23, _MM_SHUFFLE(2, 0, 2, 0)));
+            _mm_store_ps(v[2 * q + 1]->out + i, _mm_shuffle_ps(s01, s23, _MM_SHUFFLE(3, 1, 3, 1)));
+        }
+    }
+    for (int q = 0; q < R; ++q) {
+        alignas(16) float l[4], b[4];
+        _mm_store_ps(l, low[q]);
+        _mm_store_ps(b, band[q]);
+        const FilterVoice& x = *v[2 * q];
+        const FilterVoice& y = *v[2 * q + 1];
+        x.low[0] = l[0];
+        x.low[1] = l[1];
+        y.low[0] = l[2];
+        y.low[1] = l[3];
+        x.band[0] = b[0];
+        x.band[1] = b[1];
+        y.band[0] = b[2];
+        y.band[1] = b[3];
+    }
+}
+
+// At most this many registers share one loop: more would only spill.
+constexpr int kRegistersTogether = 6;
+
+}  // namespace
+
+void renderFilterVoices(const FilterVoice* voices, int count) {
+    // An odd voice out gets a silent partner with states of its own.
+    float spareLow[2] = {}, spareBand[2] = {};
+    alignas(16) static const float silence[kFrameSamples] = {};
+    alignas(16) float spareOut[kFrameSamples];
+    FilterVoice spare;
+    spare.low = spareLow;
+    spare.band = spareBand;
+    spare.in = silence;
+    spare.out = spareOut;
+    while (count > 0) {
+        const int registers = std::min((count + 1) / 2, kRegistersTogether);
+        const FilterVoice* lanes[2 * kRegistersTogether];
+        int n = 0;
+        for (; n < 2 * registers && n < count; ++n) lanes[n] = &voices[n];
+        if (n < 2 * registers) lanes[n++] = &spare;
+        switch (registers) {
+        case 1: filterRegisters<1>(lanes); break;
+        case 2: filterRegisters<2>(lanes); break;
+        case 3: filterRegisters<3>(lanes); break;
+        case 4: filterRegisters<4>(lanes); break;
+        case 5: filterRegisters<5>(lanes); break;
+        default: filterRegisters<6>(lanes); break;
+        }
+        voices += 2 * registers;
+        count -= 2 * registers;
+    }
 }
 
 }  // namespace engine

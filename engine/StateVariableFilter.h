@@ -23,26 +23,21 @@ void filterFrequencies(float fc, float separation, float& f1, float& f2);
 void renderFilterPair(float* low2, float* band2, const FilterCoefficients& first, const FilterCoefficients& second,
                       const float* in16, float* out16);
 
-// Two voices at once: the first voice's filters in lanes 0 and 1, the
-// second's in lanes 2 and 3. Each voice gets exactly what renderFilterPair
-// would give it.
-void renderFilterPairs(float* lowA, float* bandA, const FilterCoefficients& firstA, const FilterCoefficients& secondA,
-                       const float* inA, float* outA, float* lowB, float* bandB, const FilterCoefficients& firstB,
-                       const FilterCoefficients& secondB, const float* inB, float* outB);
-
-// One voice's part in a multi-voice call: its two filters' states, the
-// frame's coefficients, 16 samples in and 16 out.
-struct FilterPairJob {
+// One voice's part in renderFilterVoices: its two filters' states, the
+// frame's cut-offs and damping, 16 samples in and 16 out (both 16-byte
+// aligned).
+struct FilterVoice {
     float* low = nullptr;
     float* band = nullptr;
-    FilterCoefficients first, second;
+    float f1 = 0.0f, f2 = 0.0f;
+    float logDamp = 0.0f;
     const float* in = nullptr;
     float* out = nullptr;
 };
 
-// Four voices at once: two registers of two voices each, run in the same
-// loop so that their chains of dependent steps overlap. Each voice gets
-// exactly what renderFilterPair would give it.
-void renderFilterPairs(const FilterPairJob& a, const FilterPairJob& b, const FilterPairJob& c, const FilterPairJob& d);
+// Any number of voices at once, two to a register, several registers in one
+// loop. Each voice gets exactly what renderFilterPair gives it with the
+// coefficients of f1 and f2.
+void renderFilterVoices(const FilterVoice* voices, int count);
 
 }  // namespace engine

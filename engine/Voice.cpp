@@ -115,64 +115,66 @@ void Voice::render(const VoiceBlock& b) {
 
 void Voice::renderTwo(Voice& x, Voice& y, const VoiceBlock& b) {
     Voice* const voices[2] = {&x, &y};
-    renderGroup(voices, 2, b);
+    renderAll(voices, 2, b);
 }
 
 void Voice::renderFour(Voice& w, Voice& x, Voice& y, Voice& z, const VoiceBlock& b) {
     Voice* const voices[4] = {&w, &x, &y, &z};
-    renderGroup(voices, 4, b);
+    renderAll(voices, 4, b);
+}
+
+void Voice::renderAll(Voice* const* voices, int count, const VoiceBlock& b) {
+    for (; count > 0; voices += MAX_TOGETHER, count -= MAX_TOGETHER) renderGroup(voices, std::min(count, MAX_TOGETHER), b);
 }
 
 void Voice::renderGroup(Voice* const* v, int count, const VoiceBlock& b) {
     using namespace engine;
-    float factor[4] = {1.0f, 1.0f, 1.0f, 1.0f};
-    bool began[4] = {};
+    float factor[MAX_TOGETHER];
+    bool began[MAX_TOGETHER];
     bool any = false;
-    for (int k = 0; k < count; ++k) any |= began[k] = v[k]->beginBlock(b, factor[k]);
+    for (int k = 0; k < count; ++k) {
+        factor[k] = 1.0f;
+        any |= began[k] = v[k]->beginBlock(b, factor[k]);
+    }
     if (!any) return;
-    FrameWork work[4];
+    FrameWork work[MAX_TOGETHER];
     for (int frame = 0; frame < FRAMES_PER_BLOCK; ++frame) {
-        bool due[4] = {}, shared[4] = {};
-        int sharing[4];
+        bool due[MAX_TOGETHER], shared[MAX_TOGETHER];
+        int sharing[MAX_TOGETHER];
         int n = 0;
         for (int k = 0; k < count; ++k) {
             due[k] = began[k] && v[k]->frameDue(b, factor[k]);
-            if (due[k] && v[k]->decoder && v[k]->rates_ && b.decoders) sharing[n++] = k;
+            shared[k] = due[k] && v[k]->decoder && v[k]->rates_ && b.decoders;
+            if (shared[k]) sharing[n++] = k;
         }
-        if (n >= 2) {
-            // The sources one by one, the filters side by side, then the
-            // outputs in voice order, as the buses always add them.
-            bool noisy = false;
-            for (int j = 0; j < n; ++j) {
-                const int k = sharing[j];
-                shared[k] = true;
-                v[k]->frameSourceStart(b, factor[k], work[k]);
-                noisy = noisy || !work[k].bQuiet || !work[k].aQuiet;
-            }
-            if (noisy && n == 4) {
-                // One voice per lane; quiet filters compute their zeros.
-                NoiseJob jobs[4];
-                for (int q = 0; q < 4; ++q) jobs[q] = v[sharing[q]]->noiseJob(work[sharing[q]]);
-                filterNoisesFour(jobs);
-            } else {
-                for (int j = 0; j < n; ++j) v[sharing[j]]->frameNoise(work[sharing[j]]);
-            }
-            for (int j = 0; j < n; ++j) v[sharing[j]]->frameSourceEnd(work[sharing[j]]);
-            int j = 0;
-            if (n == 4) {
-                FilterPairJob jobs[4];
-                for (int q = 0; q < 4; ++q) jobs[q] = v[sharing[q]]->filterJob(work[sharing[q]]);
-                renderFilterPairs(jobs[0], jobs[1], jobs[2], jobs[3]);
-                j = 4;
-            }
-            for (; j + 1 < n; j += 2) {
-                Voice& p = *v[sharing[j]];
-                Voice& q = *v[sharing[j + 1]];
-                const FilterPairJob a = p.filterJob(work[sharing[j]]), c = q.filterJob(work[sharing[j + 1]]);
-                renderFilterPairs(a.low, a.band, a.first, a.second, a.in, a.out, c.low, c.band, c.first, c.second,
-                                  c.in, c.out);
-            }
-            if (j < n) v[sharing[j]]->frameFilter(work[sharing[j]]);
+        // The sources one by one, the noise colourings and the filters side
+        // by side, then the outputs in voice order, as the buses always add
+        // them.
+        for (int j = 0; j < n; ++j) v[sharing[j]]->frameSourceStart(b, factor[sharing[j]], work[sharing[j]]);
+        NoiseJob noiseJobs[MAX_TOGETHER];
+        int noisy = 0;
+        for (int j = 0; j < n; ++j) {
+            Voice& voice = *v[sharing[j]];
+            FrameWork& w = work[sharing[j]];
+            if (w.bQuiet && w.aQuiet)
+                voice.frameNoise(w);  // zeros only
+            else
+                voice.noiseJob(w, noiseJobs[noisy++]);
+        }
+        if (noisy == 1) {
+            // One voice alone is quicker without the lanes.
+            for (int j = 0; j < n; ++j)
+                if (!work[sharing[j]].bQuiet || !work[sharing[j]].aQuiet) v[sharing[j]]->frameNoise(work[sharing[j]]);
+        } else if (noisy > 1) {
+            filterNoisesTogether(noiseJobs, noisy);
+        }
+        for (int j = 0; j < n; ++j) v[sharing[j]]->frameSourceEnd(work[sharing[j]]);
+        if (n == 1) {
+            v[sharing[0]]->frameFilter(work[sharing[0]]);
+        } else if (n > 1) {
+            FilterVoice filters[MAX_TOGETHER];
+            for (int j = 0; j < n; ++j) v[sharing[j]]->filterVoice(work[sharing[j]], filters[j]);
+            renderFilterVoices(filters, n);
         }
         for (int k = 0; k < count; ++k) {
             if (shared[k])
@@ -185,15 +187,14 @@ void Voice::renderGroup(Voice* const* v, int count, const VoiceBlock& b) {
         if (began[k]) v[k]->endBlock(b);
 }
 
-engine::FilterPairJob Voice::filterJob(FrameWork& work) {
-    engine::FilterPairJob job;
+void Voice::filterVoice(FrameWork& work, engine::FilterVoice& job) {
     job.low = filterLow;
     job.band = filterBand;
-    job.first = engine::filterCoefficients(work.f1, params_.filterDamp);
-    job.second = engine::filterCoefficients(work.f2, params_.filterDamp);
+    job.f1 = work.f1;
+    job.f2 = work.f2;
+    job.logDamp = params_.filterDamp;
     job.in = work.mix;
     job.out = work.out;
-    return job;
 }
 
 void Voice::updateBlock(const VoiceBlock& b) {
@@ -351,8 +352,7 @@ void Voice::frameSourceStart(const VoiceBlock&, float factor, FrameWork& work) {
     work.aQuiet = p.aNoiseGain == 0.0f && noise[2] == 0.0f;
 }
 
-engine::NoiseJob Voice::noiseJob(FrameWork& work) {
-    engine::NoiseJob job;
+void Voice::noiseJob(FrameWork& work, engine::NoiseJob& job) {
     job.bState1 = &noise[0];
     job.bState2 = &noise[1];
     job.bRaw = work.rawB;
@@ -366,7 +366,6 @@ engine::NoiseJob Voice::noiseJob(FrameWork& work) {
     job.aOut = work.an;
     job.bQuiet = work.bQuiet;
     job.aQuiet = work.aQuiet;
-    return job;
 }
 
 void Voice::frameNoise(FrameWork& work) {

@@ -67,9 +67,14 @@ public:
     // Two voices' blocks at once, their filters side by side: the same
     // sound as first.render(block) and then second.render(block).
     static void renderTwo(Voice& first, Voice& second, const VoiceBlock& block);
-    // Four voices' blocks at once, in that order: two pairs of filters in
-    // one loop.
+    // Four voices' blocks at once, in that order.
     static void renderFour(Voice& first, Voice& second, Voice& third, Voice& fourth, const VoiceBlock& block);
+    // Any number of voices' blocks at once, in that order: the sources one
+    // by one, the noise colourings and filters of all that sound side by
+    // side in the lanes of a few registers, the outputs in voice order. The
+    // same sound as rendering each alone, one after the other.
+    static void renderAll(Voice* const* voices, int count, const VoiceBlock& block);
+    static constexpr int MAX_TOGETHER = 20;
 
     // The state of a voice that has never sounded; random seeds its noise.
     void clear(uint32_t random);
@@ -153,12 +158,11 @@ protected:
     void frameSource(const VoiceBlock& block, float factor, FrameWork& work);
     void frameSourceStart(const VoiceBlock& block, float factor, FrameWork& work);
     void frameNoise(FrameWork& work);
-    engine::NoiseJob noiseJob(FrameWork& work);
+    void noiseJob(FrameWork& work, engine::NoiseJob& job);
     void frameSourceEnd(FrameWork& work);
     void frameFilter(FrameWork& work);
-    engine::FilterPairJob filterJob(FrameWork& work);
-    // Up to four voices, frame by frame: the filters of those that sound
-    // together share registers.
+    void filterVoice(FrameWork& work, engine::FilterVoice& job);
+    // Up to MAX_TOGETHER voices, frame by frame.
     static void renderGroup(Voice* const* voices, int count, const VoiceBlock& block);
     void frameOutput(const VoiceBlock& block, int frame, FrameWork& work);
 

@@ -376,3 +376,59 @@ TEST(OscillatorTest, QuietNoiseFiltersAmongFourGiveZerosAndKeepTheirStates) {
         ASSERT_EQ(a[1], aAlone);
     }
 }
+
+TEST(OscillatorTest, AnyNumberOfVoicesNoiseFiltersTogetherGetWhatEachGetsAlone) {
+    const engine::NoiseTable& table = engine::NoiseTable::instance();
+    // Counts that leave lanes spare, and more than one loop's worth.
+    for (int count : {2, 3, 5, 9, 12, 13, 20}) {
+        const std::size_t n = std::size_t(count);
+        std::vector<uint32_t> random(n);
+        std::vector<float> b1(n), b2(n), a(n), fB(n), bNoise(n), aGain(n), aCoef(n);
+        for (std::size_t v = 0; v < n; ++v) {
+            random[v] = uint32_t(1000 * v + 7);
+            fB[v] = 0.001f + 0.024f * float(v);
+            bNoise[v] = 0.1f + 0.1f * float(v % 7);
+            aGain[v] = 0.2f * float(v % 4);
+            aCoef[v] = 0.05f + 0.045f * float(v);
+            b1[v] = 0.01f * float(v);
+            a[v] = -0.02f * float(v);
+        }
+        auto b1Alone = b1, b2Alone = b2, aAlone = a;
+        for (int frame = 0; frame < 40; ++frame) {
+            struct alignas(16) Frame {
+                float rawB[16], rawA[16], bOut[16], aOut[16];
+            };
+            std::vector<Frame> f(n);
+            std::vector<engine::NoiseJob> jobs(n);
+            for (std::size_t v = 0; v < n; ++v) {
+                table.read(random[v], f[v].rawB);
+                table.read(random[v], f[v].rawA);
+                jobs[v].bState1 = &b1[v];
+                jobs[v].bState2 = &b2[v];
+                jobs[v].bRaw = f[v].rawB;
+                jobs[v].fB = fB[v];
+                jobs[v].bNoise = bNoise[v];
+                jobs[v].aState = &a[v];
+                jobs[v].aRaw = f[v].rawA;
+                jobs[v].aGain = aGain[v];
+                jobs[v].aCoef = aCoef[v];
+                jobs[v].bOut = f[v].bOut;
+                jobs[v].aOut = f[v].aOut;
+            }
+            engine::filterNoisesTogether(jobs.data(), count);
+            for (std::size_t v = 0; v < n; ++v) {
+                alignas(16) float bAlone[16], aAloneOut[16];
+                engine::filterNoises(b1Alone[v], b2Alone[v], f[v].rawB, fB[v], bNoise[v], aAlone[v], f[v].rawA,
+                                     aGain[v], aCoef[v], bAlone, aAloneOut);
+                for (int i = 0; i < 16; ++i) {
+                    ASSERT_EQ(f[v].bOut[i], bAlone[i]) << count << " " << v << " " << i;
+                    ASSERT_EQ(f[v].aOut[i], aAloneOut[i]) << count << " " << v << " " << i;
+                }
+            }
+        }
+        EXPECT_EQ(b1, b1Alone);
+        EXPECT_EQ(b2, b2Alone);
+        EXPECT_EQ(a, aAlone);
+        EXPECT_NE(b2[n - 1], 0.0f);
+    }
+}
