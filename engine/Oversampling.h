@@ -16,7 +16,7 @@ inline int oversamplingPoints(float f) {
 
 // Four samples: phase already in 0 to 1, f the step of each lane. The extra
 // points p + f/2 (or p + f/3 and p + 2f/3) are wrapped like any phase.
-inline __m128 oversampledShape(const WaveShape& w, __m128 phase, __m128 f, int points) {
+inline __m128 oversampledShape(const ShapeLanes& w, __m128 phase, __m128 f, int points) {
     const __m128 s0 = w.shape(phase);
     if (points == 1) return s0;
     if (points == 2) {
@@ -26,6 +26,10 @@ inline __m128 oversampledShape(const WaveShape& w, __m128 phase, __m128 f, int p
     const __m128 s1 = w.shape(wrapPhase(_mm_add_ps(phase, _mm_mul_ps(f, _mm_set1_ps(1.0f / 3.0f)))));
     const __m128 s2 = w.shape(wrapPhase(_mm_add_ps(phase, _mm_mul_ps(f, _mm_set1_ps(2.0f / 3.0f)))));
     return _mm_mul_ps(_mm_add_ps(_mm_add_ps(s0, s1), s2), _mm_set1_ps(1.0f / 3.0f));
+}
+
+inline __m128 oversampledShape(const WaveShape& w, __m128 phase, __m128 f, int points) {
+    return oversampledShape(ShapeLanes(w), phase, f, points);
 }
 
 }  // namespace engine

@@ -23,16 +23,38 @@ struct WaveShape {
     static WaveShape make(float form, float freq);
 
     // Four phases in 0 to 1 at once: only minimum, maximum, multiply and add.
+    __m128 shape(__m128 phase) const;
+    float shape(float phase) const { return _mm_cvtss_f32(shape(_mm_set_ss(phase))); }
+};
+
+// A shape's constants spread over the four lanes of registers: the same
+// shape in every lane, or one voice's shape per lane. Loops keep it in
+// registers: the constants are not reloaded after every store of a sample.
+struct ShapeLanes {
+    __m128 fall, rise, top, fallGain, riseGain, offset;
+
+    explicit ShapeLanes(const WaveShape& w)
+        : fall(_mm_set1_ps(w.fall)),
+          rise(_mm_set1_ps(w.rise)),
+          top(_mm_set1_ps(w.top)),
+          fallGain(_mm_set1_ps(w.fallGain)),
+          riseGain(_mm_set1_ps(w.riseGain)),
+          offset(_mm_set1_ps(w.offset)) {}
+    // One shape per lane.
+    ShapeLanes(const WaveShape& a, const WaveShape& b, const WaveShape& c, const WaveShape& d)
+        : fall(_mm_setr_ps(a.fall, b.fall, c.fall, d.fall)),
+          rise(_mm_setr_ps(a.rise, b.rise, c.rise, d.rise)),
+          top(_mm_setr_ps(a.top, b.top, c.top, d.top)),
+          fallGain(_mm_setr_ps(a.fallGain, b.fallGain, c.fallGain, d.fallGain)),
+          riseGain(_mm_setr_ps(a.riseGain, b.riseGain, c.riseGain, d.riseGain)),
+          offset(_mm_setr_ps(a.offset, b.offset, c.offset, d.offset)) {}
+
     __m128 shape(__m128 phase) const {
         const __m128 zero = _mm_setzero_ps();
-        const __m128 y = _mm_add_ps(
-            _mm_mul_ps(_mm_min_ps(_mm_sub_ps(phase, _mm_set1_ps(fall)), zero), _mm_set1_ps(fallGain)),
-            _mm_mul_ps(_mm_max_ps(_mm_sub_ps(_mm_min_ps(phase, _mm_set1_ps(top)), _mm_set1_ps(rise)), zero),
-                       _mm_set1_ps(riseGain)));
+        const __m128 y = _mm_add_ps(_mm_mul_ps(_mm_min_ps(_mm_sub_ps(phase, fall), zero), fallGain),
+                                    _mm_mul_ps(_mm_max_ps(_mm_sub_ps(_mm_min_ps(phase, top), rise), zero), riseGain));
         return bend(y);
     }
-
-    float shape(float phase) const { return _mm_cvtss_f32(shape(_mm_set_ss(phase))); }
 
 private:
     // ((0.00210733 |y| - 0.02113737) y^2 + 0.00527596 |y| + 0.30721605) y^2 - offset
@@ -43,8 +65,10 @@ private:
         __m128 r = _mm_sub_ps(_mm_mul_ps(_mm_set1_ps(0.00210733f), a), _mm_set1_ps(0.02113737f));
         r = _mm_add_ps(_mm_add_ps(_mm_mul_ps(r, y2), _mm_mul_ps(_mm_set1_ps(0.00527596f), a)),
                        _mm_set1_ps(0.30721605f));
-        return _mm_sub_ps(_mm_mul_ps(r, y2), _mm_set1_ps(offset));
+        return _mm_sub_ps(_mm_mul_ps(r, y2), offset);
     }
 };
+
+inline __m128 WaveShape::shape(__m128 phase) const { return ShapeLanes(*this).shape(phase); }
 
 }  // namespace engine
