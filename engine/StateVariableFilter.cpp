@@ -163,6 +163,15 @@ void filterRegisters(const FilterVoice* const* v) {
 // At most this many registers share one loop: more would only spill.
 constexpr int kRegistersTogether = 6;
 
+// filterRegisters<registers>, for any count up to R.
+template <int R>
+void filterUpTo(int registers, const FilterVoice* const* lanes) {
+    if (registers == R)
+        filterRegisters<R>(lanes);
+    else if constexpr (R > 1)
+        filterUpTo<R - 1>(registers, lanes);
+}
+
 }  // namespace
 
 void renderFilterVoices(const FilterVoice* voices, int count) {
@@ -181,14 +190,7 @@ void renderFilterVoices(const FilterVoice* voices, int count) {
         int n = 0;
         for (; n < 2 * registers && n < count; ++n) lanes[n] = &voices[n];
         if (n < 2 * registers) lanes[n++] = &spare;
-        switch (registers) {
-        case 1: filterRegisters<1>(lanes); break;
-        case 2: filterRegisters<2>(lanes); break;
-        case 3: filterRegisters<3>(lanes); break;
-        case 4: filterRegisters<4>(lanes); break;
-        case 5: filterRegisters<5>(lanes); break;
-        default: filterRegisters<6>(lanes); break;
-        }
+        filterUpTo<kRegistersTogether>(registers, lanes);
         voices += 2 * registers;
         count -= 2 * registers;
     }
