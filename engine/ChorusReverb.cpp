@@ -43,6 +43,49 @@ constexpr uint32_t kDrawSub[4] = {kDrawStepSub, kDrawStepSub * kDrawMul[0] + kDr
 // N / p rounded to nearest, in integers.
 int delayFor(int N, int p) { return (p / 2 + N) / p; }
 
+// The low 32 bits of each lane's product.
+inline __m128i multiplyLow(__m128i a, __m128i b) {
+    const __m128i even = _mm_mul_epu32(a, b);
+    const __m128i odd = _mm_mul_epu32(_mm_srli_epi64(a, 32), _mm_srli_epi64(b, 32));
+    return _mm_unpacklo_epi32(_mm_shuffle_epi32(even, _MM_SHUFFLE(0, 0, 2, 0)),
+                              _mm_shuffle_epi32(odd, _MM_SHUFFLE(0, 0, 2, 0)));
+}
+
+// The four lanes of an integer vector, taken out through the shuffle unit
+// rather than a store and four loads.
+struct Lanes {
+    uint32_t v[4];
+    explicit Lanes(__m128i x)
+        : v{uint32_t(_mm_cvtsi128_si32(x)), uint32_t(_mm_cvtsi128_si32(_mm_shuffle_epi32(x, _MM_SHUFFLE(1, 1, 1, 1)))),
+            uint32_t(_mm_cvtsi128_si32(_mm_shuffle_epi32(x, _MM_SHUFFLE(2, 2, 2, 2)))),
+            uint32_t(_mm_cvtsi128_si32(_mm_shuffle_epi32(x, _MM_SHUFFLE(3, 3, 3, 3))))} {}
+    uint32_t operator[](int k) const { return v[k]; }
+};
+
+// The delay ring as the loop sees it: positions count up with time and the
+// mask folds them in.
+struct Ring {
+    float* buf;
+    uint32_t mask;
+
+    float& at(uint32_t pos) const { return buf[pos & mask]; }
+
+    // s0 at each lane's position, s1 one further back.
+    void gather(__m128i pos, __m128& s0, __m128& s1) const {
+        const Lanes p(pos);
+        s0 = _mm_setr_ps(at(p[0]), at(p[1]), at(p[2]), at(p[3]));
+        s1 = _mm_setr_ps(at(p[0] - 1u), at(p[1] - 1u), at(p[2] - 1u), at(p[3] - 1u));
+    }
+
+    // Each lane to its position, lane 0 first.
+    void scatter(__m128i pos, __m128 v) const {
+        const Lanes p(pos);
+        alignas(16) float x[4];
+        _mm_store_ps(x, v);
+        for (int k = 0; k < 4; ++k) at(p[k]) = x[k];
+    }
+};
+
 }  // namespace
 
 const int* ChorusReverb::primes() {
@@ -92,6 +135,18 @@ void ChorusReverb::resize(float sampleRate, float fxSize, bool force) {
         }
         capacity_ = capacity;
     }
+    // Taking four samples at once reorders the ring's reads and writes: all
+    // line reads of the four before their writes, all lines before the
+    // diffusers. That is exact when nothing written in one of the four is
+    // touched again within them: each line reads at least four samples behind
+    // its write (its shortest reach is its delay less spare and one), no two
+    // diffuser taps lie one to three samples apart, and the diffusers'
+    // farthest tap stays four clear of the ring's end, where line 0 writes.
+    bool spaced = true;
+    for (int a = 0; a <= DIFFUSERS; ++a)
+        for (int b = 0; b <= DIFFUSERS; ++b)
+            if (const int d = diffPos_[b] - diffPos_[a]; d >= 1 && d <= 3) spaced = false;
+    inFours_ = spaced && lineDelay_[11] >= spare + 5 && capacity_ - std::size_t(diffPos_[6]) >= 4;
     clearStates();
     setGains();
     std::memcpy(gainNow_, gainTarget_, sizeof gainNow_);
@@ -151,64 +206,70 @@ void ChorusReverb::process(const float* in, float* outLeft, float* outRight, flo
     const __m128 smooth = _mm_set1_ps(smoothCoef_);
     const __m128 absMask = _mm_castsi128_ps(_mm_set1_epi32(0x7FFFFFFF));
     const __m128 one = _mm_set1_ps(1.0f);
-    const uint32_t mask = uint32_t(capacity_ - 1);
-    float* buf = buffer_.get();
     // Gains at their targets stay there: each step would add exactly zero.
     const bool gainsSettled = std::memcmp(gainNow_, gainTarget_, sizeof gainNow_) == 0;
 
-    // Ring positions as locals: the ring's float stores can't alias them.
-    uint32_t lineBase[LINES], lineOffset[LINES], diffPos[DIFFUSERS + 1];
-    for (int k = 0; k < LINES; ++k) {
-        lineBase[k] = lineBase_[k];
-        lineOffset[k] = uint32_t(lineOffset_[k]);
+    // The modulation side hears nothing of the sound: it runs for the whole
+    // block first, in two passes. The first carries the walks and the gains
+    // from sample to sample; the second, free of any such chain, leaves per
+    // sample and group of four lines the whole part of each read's
+    // modulation (an exact integer, one lower at integers) and the allpass
+    // coefficient.
+    __m128 mod[BLOCK];
+    alignas(16) float gainAt[BLOCK][20];
+    {
+        __m128 walk1 = _mm_load_ps(walk1_), walk2 = _mm_load_ps(walk2_);
+        __m128 gain[5], gainGoal[5];
+        for (int k = 0; k < 5; ++k) {
+            gain[k] = _mm_load_ps(gainNow_ + 4 * k);
+            gainGoal[k] = _mm_load_ps(gainTarget_ + 4 * k);
+        }
+        // The four draws of a sample are one to four steps of the generator
+        // from the word it starts with; the next sample's are four steps on
+        // from these, one multiply for all four lanes.
+        const uint32_t r0 = random1_;
+        __m128i draws = _mm_setr_epi32(int32_t(r0 * kDrawMul[0] - kDrawSub[0]), int32_t(r0 * kDrawMul[1] - kDrawSub[1]),
+                                       int32_t(r0 * kDrawMul[2] - kDrawSub[2]), int32_t(r0 * kDrawMul[3] - kDrawSub[3]));
+        const __m128i fourStepsMul = _mm_set1_epi32(int32_t(kDrawMul[3]));
+        const __m128i fourStepsSub = _mm_set1_epi32(int32_t(kDrawSub[3]));
+        for (int n = 0; n < BLOCK; ++n) {
+            if (n > 0) draws = _mm_sub_epi32(multiplyLow(draws, fourStepsMul), fourStepsSub);
+            // Four random draws drive the four walks, low-passed twice at 1.25 Hz.
+            const __m128 noise = _mm_cvtepi32_ps(draws);
+            walk1 = _mm_add_ps(walk1, _mm_mul_ps(_mm_sub_ps(_mm_mul_ps(noise, noiseGain), walk1), walkCoef));
+            walk2 = _mm_add_ps(walk2, _mm_mul_ps(_mm_sub_ps(walk1, walk2), walkCoef));
+            // A parabolic sine of each walk: it wraps softly and never runs away.
+            const __m128 ph = wrapSlowPhase(_mm_mul_ps(walk2, _mm_set1_ps(0.15915494f)));
+            const __m128 bend = _mm_sub_ps(
+                _mm_set1_ps(8.0f),
+                _mm_and_ps(_mm_sub_ps(_mm_mul_ps(_mm_set1_ps(16.0f), ph), _mm_set1_ps(8.0f)), absMask));
+            mod[n] = _mm_mul_ps(_mm_mul_ps(_mm_sub_ps(_mm_set1_ps(0.5f), ph), bend), _mm_set1_ps(depth));
+        }
+        random1_ = uint32_t(_mm_cvtsi128_si32(_mm_shuffle_epi32(draws, _MM_SHUFFLE(3, 3, 3, 3))));
+        _mm_store_ps(walk1_, walk1);
+        _mm_store_ps(walk2_, walk2);
+        // Settled gains are one row for the whole block.
+        for (int k = 0; k < 5; ++k) _mm_store_ps(gainAt[0] + 4 * k, gain[k]);
+        if (!gainsSettled)
+            for (int n = 0; n < BLOCK; ++n) {
+                for (int k = 0; k < 5; ++k)
+                    gain[k] = _mm_add_ps(gain[k], _mm_mul_ps(_mm_sub_ps(gainGoal[k], gain[k]), smooth));
+                for (int k = 0; k < 5; ++k) _mm_store_ps(gainAt[n] + 4 * k, gain[k]);
+            }
+        for (int k = 0; k < 5; ++k) _mm_store_ps(gainNow_ + 4 * k, gain[k]);
     }
-    for (int k = 0; k <= DIFFUSERS; ++k) diffPos[k] = uint32_t(diffPos_[k]);
-
-    // Every state the loop carries lives in locals: the ring's float stores
-    // could otherwise alias the members, and each sample would reload them.
-    __m128 walk1 = _mm_load_ps(walk1_), walk2 = _mm_load_ps(walk2_);
-    __m128 lineOut[3], lineDamp[3], gain[5];
-    for (int g = 0; g < 3; ++g) {
-        lineOut[g] = _mm_load_ps(lineOut_ + 4 * g);
-        lineDamp[g] = _mm_load_ps(lineDamp_ + 4 * g);
-    }
-    for (int k = 0; k < 5; ++k) gain[k] = _mm_load_ps(gainNow_ + 4 * k);
-    __m128 gainGoal[5];
-    for (int k = 0; k < 5; ++k) gainGoal[k] = _mm_load_ps(gainTarget_ + 4 * k);
-    float antiDenormal = antiDenormal_;
-    uint32_t random1 = random1_;
-    const uint32_t start = writePos_;
+    const int gainStep = gainsSettled ? 0 : 1;
+    const auto gainRow = [&](int n) -> const float* { return gainAt[n * gainStep]; };
+    __m128i shift[BLOCK][3];
+    __m128 allpass[BLOCK][3];
     for (int n = 0; n < BLOCK; ++n) {
-        // Four random draws drive the four walks, low-passed twice at 1.25 Hz.
-        // The four steps of the generator, each taken straight from the
-        // word it starts with: the same numbers without a chain of four.
-        const uint32_t r = random1;
-        random1 = r * kDrawMul[3] - kDrawSub[3];
-        const __m128i draws = _mm_setr_epi32(int32_t(r * kDrawMul[0] - kDrawSub[0]), int32_t(r * kDrawMul[1] - kDrawSub[1]),
-                                             int32_t(r * kDrawMul[2] - kDrawSub[2]), int32_t(random1));
-        const __m128 noise = _mm_cvtepi32_ps(draws);
-        walk1 = _mm_add_ps(walk1, _mm_mul_ps(_mm_sub_ps(_mm_mul_ps(noise, noiseGain), walk1), walkCoef));
-        walk2 = _mm_add_ps(walk2, _mm_mul_ps(_mm_sub_ps(walk1, walk2), walkCoef));
-        // A parabolic sine of each walk: it wraps softly and never runs away.
-        const __m128 ph = wrapSlowPhase(_mm_mul_ps(walk2, _mm_set1_ps(0.15915494f)));
-        const __m128 bend = _mm_sub_ps(_mm_set1_ps(8.0f),
-                                       _mm_and_ps(_mm_sub_ps(_mm_mul_ps(_mm_set1_ps(16.0f), ph), _mm_set1_ps(8.0f)),
-                                                  absMask));
-        const __m128 m = _mm_mul_ps(_mm_mul_ps(_mm_sub_ps(_mm_set1_ps(0.5f), ph), bend), _mm_set1_ps(depth));
         // Each group reads with the four modulations in its own signs and order.
+        const __m128 m = mod[n];
         const __m128 g1 = _mm_mul_ps(m, _mm_setr_ps(1.0f, -1.0f, 1.0f, -1.0f));
         const __m128 g2 = _mm_sub_ps(_mm_setzero_ps(), g1);
         const __m128 g3 = _mm_mul_ps(_mm_shuffle_ps(m, m, _MM_SHUFFLE(2, 3, 0, 1)), _mm_setr_ps(-1.0f, 1.0f, -1.0f, 1.0f));
         const __m128 groupMod[3] = {g1, g2, g3};
-
-        if (!gainsSettled)
-            for (int k = 0; k < 5; ++k) gain[k] = _mm_add_ps(gain[k], _mm_mul_ps(_mm_sub_ps(gainGoal[k], gain[k]), smooth));
-
-        const uint32_t at = start + uint32_t(n);
-        const float x = in[n];
-        const __m128 feed = _mm_set1_ps(x + antiDenormal);
-        // The input once in each sum, before the first group.
-        float L = x, R = x;
+#pragma GCC unroll 3
         for (int g = 0; g < 3; ++g) {
             // i = floor(mu), an exact integer counted one lower: ceil(mu) - 1.
             const __m128 mu = groupMod[g];
@@ -216,42 +277,50 @@ void ChorusReverb::process(const float* in, float* outLeft, float* outRight, flo
             c = _mm_add_ps(c, _mm_and_ps(_mm_cmplt_ps(c, mu), one));
             const __m128 i = _mm_sub_ps(c, one);
             const __m128 f = _mm_sub_ps(mu, i);
-            const __m128 ap = _mm_div_ps(_mm_sub_ps(one, f), _mm_add_ps(one, f));
-            // at - floor(mu) - base, for the four lines at once.
-            const __m128i base = _mm_sub_epi32(_mm_set1_epi32(int32_t(at)), _mm_cvtps_epi32(i));
-            alignas(16) uint32_t pos[4];
-            _mm_store_si128(reinterpret_cast<__m128i*>(pos),
-                            _mm_sub_epi32(base, _mm_loadu_si128(reinterpret_cast<const __m128i*>(lineBase + 4 * g))));
-            const uint32_t a0 = pos[0], a1 = pos[1], a2 = pos[2], a3 = pos[3];
-            const __m128 s0 = _mm_setr_ps(buf[a0 & mask], buf[a1 & mask], buf[a2 & mask], buf[a3 & mask]);
-            const __m128 s1 = _mm_setr_ps(buf[(a0 - 1u) & mask], buf[(a1 - 1u) & mask], buf[(a2 - 1u) & mask],
-                                          buf[(a3 - 1u) & mask]);
-            // Fractional allpass read, feedback gain, damping.
-            const __m128 y = _mm_add_ps(s1, _mm_mul_ps(ap, _mm_sub_ps(s0, lineOut[g])));
-            lineOut[g] = y;
-            const __m128 t = _mm_mul_ps(_mm_add_ps(feed, y), gain[g]);
-            const __m128 newDamp = _mm_add_ps(lineDamp[g], _mm_mul_ps(_mm_sub_ps(t, lineDamp[g]), dampCoef));
-            lineDamp[g] = newDamp;
-            // Lanes straight from the registers; positions from locals.
-            const uint32_t* off = &lineOffset[4 * g];
-            buf[(at - off[0]) & mask] = _mm_cvtss_f32(newDamp);
-            buf[(at - off[1]) & mask] = _mm_cvtss_f32(_mm_shuffle_ps(newDamp, newDamp, _MM_SHUFFLE(1, 1, 1, 1)));
-            buf[(at - off[2]) & mask] = _mm_cvtss_f32(_mm_shuffle_ps(newDamp, newDamp, _MM_SHUFFLE(2, 2, 2, 2)));
-            buf[(at - off[3]) & mask] = _mm_cvtss_f32(_mm_shuffle_ps(newDamp, newDamp, _MM_SHUFFLE(3, 3, 3, 3)));
-            const float o0 = _mm_cvtss_f32(y), o1 = _mm_cvtss_f32(_mm_shuffle_ps(y, y, _MM_SHUFFLE(1, 1, 1, 1)));
-            const float o2 = _mm_cvtss_f32(_mm_shuffle_ps(y, y, _MM_SHUFFLE(2, 2, 2, 2)));
-            const float o3 = _mm_cvtss_f32(_mm_shuffle_ps(y, y, _MM_SHUFFLE(3, 3, 3, 3)));
-            L += o0 + o1 - o2 - o3;
-            R += o0 - o1 - o2 + o3;
+            allpass[n][g] = _mm_div_ps(_mm_sub_ps(one, f), _mm_add_ps(one, f));
+            shift[n][g] = _mm_cvtps_epi32(i);
         }
+    }
 
-        // Diffusers: read all six first, then write.
+    // The sounding side. Every state it carries lives in locals: the ring's
+    // float stores could otherwise alias the members.
+    Ring ring{buffer_.get(), uint32_t(capacity_ - 1)};
+    const __m128i ringMask = _mm_set1_epi32(int32_t(ring.mask));
+    __m128i lineBase[3], lineOffset[3];
+    __m128 lineOut[3], lineDamp[3];
+    for (int g = 0; g < 3; ++g) {
+        lineBase[g] = _mm_load_si128(reinterpret_cast<const __m128i*>(lineBase_ + 4 * g));
+        lineOffset[g] = _mm_load_si128(reinterpret_cast<const __m128i*>(lineOffset_ + 4 * g));
+        lineOut[g] = _mm_load_ps(lineOut_ + 4 * g);
+        lineDamp[g] = _mm_load_ps(lineDamp_ + 4 * g);
+    }
+    alignas(16) int diffPos[8];  // the last one twice, for two full vectors
+    for (int k = 0; k <= DIFFUSERS; ++k) diffPos[k] = diffPos_[k];
+    diffPos[7] = diffPos[6];
+    const __m128i writeLimit = _mm_set1_epi32(int32_t(ring.mask - 3u));
+    const float antiDenormal = antiDenormal_;
+    static_assert(BLOCK % 4 == 0, "whole runs of four, so an even count of sign flips per block");
+    const uint32_t start = writePos_;
+
+    // One sample of one group: fractional allpass read, feedback gain,
+    // damping. Returns the lines' outputs; lineDamp holds what to write.
+    const auto lineStep = [&](int g, __m128 s0, __m128 s1, __m128 ap, __m128 feed, __m128 gain) {
+        const __m128 y = _mm_add_ps(s1, _mm_mul_ps(ap, _mm_sub_ps(s0, lineOut[g])));
+        lineOut[g] = y;
+        const __m128 t = _mm_mul_ps(_mm_add_ps(feed, y), gain);
+        lineDamp[g] = _mm_add_ps(lineDamp[g], _mm_mul_ps(_mm_sub_ps(t, lineDamp[g]), dampCoef));
+        return y;
+    };
+    // Where a group reads its s0 at sample n: at - i - lineOffset - lineDelay.
+    const auto readPos = [&](int n, int g) {
+        return _mm_sub_epi32(_mm_sub_epi32(_mm_set1_epi32(int32_t(start + uint32_t(n))), shift[n][g]), lineBase[g]);
+    };
+    // The six diffusers of one sample: read all six first, then write.
+    const auto diffuse = [&](int n, float L, float R) {
+        const uint32_t at = start + uint32_t(n);
         float rd[DIFFUSERS];
-        for (int j = 0; j < DIFFUSERS; ++j) rd[j] = buf[(at - diffPos[j + 1]) & mask];
-        alignas(16) float gd[8];
-        _mm_store_ps(gd, gain[3]);
-        _mm_store_ps(gd + 4, gain[4]);
-        const float* g = gd + 1;  // the diffusers' gains are entries 13 to 18
+        for (int j = 0; j < DIFFUSERS; ++j) rd[j] = ring.at(at - uint32_t(diffPos[j + 1]));
+        const float* g = gainRow(n) + 13;
         const float u0 = rd[0] - g[0] * L;
         const float w0 = g[0] * u0 + L;
         const float u1 = rd[1] - g[1] * w0;
@@ -260,27 +329,162 @@ void ChorusReverb::process(const float* in, float* outLeft, float* outRight, flo
         const float w3 = g[3] * u3 + R;
         const float u4 = rd[4] - g[4] * w3;
         const float u5 = rd[5] - g[5] * u3;
-        buf[(at - diffPos[0]) & mask] = w0 + g[1] * u1;
-        buf[(at - diffPos[1]) & mask] = u0 + g[2] * u2;
-        buf[(at - diffPos[2]) & mask] = u1;
-        buf[(at - diffPos[3]) & mask] = w3 + g[4] * u4;
-        buf[(at - diffPos[4]) & mask] = u3 + g[5] * u5;
-        buf[(at - diffPos[5]) & mask] = u4;
-
+        ring.at(at - uint32_t(diffPos[0])) = w0 + g[1] * u1;
+        ring.at(at - uint32_t(diffPos[1])) = u0 + g[2] * u2;
+        ring.at(at - uint32_t(diffPos[2])) = u1;
+        ring.at(at - uint32_t(diffPos[3])) = w3 + g[4] * u4;
+        ring.at(at - uint32_t(diffPos[4])) = u3 + g[5] * u5;
+        ring.at(at - uint32_t(diffPos[5])) = u4;
         outLeft[n] = -u2 * 0.11785113f;
         outRight[n] = -u5 * 0.11785113f;
-        antiDenormal = -antiDenormal;
+    };
+
+    // The diffusers of four samples, lane by sample, when none of their runs
+    // wraps; else one sample at a time.
+    const auto diffuseFour = [&](int n, __m128 L, __m128 R) {
+        const __m128i at = _mm_set1_epi32(int32_t(start + uint32_t(n)));
+        const __m128i pos0 =
+            _mm_and_si128(_mm_sub_epi32(at, _mm_load_si128(reinterpret_cast<const __m128i*>(diffPos))), ringMask);
+        const __m128i pos4 =
+            _mm_and_si128(_mm_sub_epi32(at, _mm_load_si128(reinterpret_cast<const __m128i*>(diffPos + 4))), ringMask);
+        if (_mm_movemask_epi8(_mm_or_si128(_mm_cmpgt_epi32(pos0, writeLimit), _mm_cmpgt_epi32(pos4, writeLimit)))) {
+            alignas(16) float l[4], r[4];
+            _mm_store_ps(l, L);
+            _mm_store_ps(r, R);
+            for (int j = 0; j < 4; ++j) diffuse(n + j, l[j], r[j]);
+            return;
+        }
+        const Lanes p0(pos0), p4(pos4);
+        const uint32_t p[7] = {p0[0], p0[1], p0[2], p0[3], p4[0], p4[1], p4[2]};
+        __m128 rd[DIFFUSERS], g[DIFFUSERS];
+        for (int j = 0; j < DIFFUSERS; ++j) {
+            rd[j] = _mm_loadu_ps(ring.buf + p[j + 1]);
+            const int e = 13 + j;
+            g[j] = gainsSettled ? _mm_set1_ps(gainAt[0][e])
+                                : _mm_setr_ps(gainAt[n][e], gainAt[n + 1][e], gainAt[n + 2][e], gainAt[n + 3][e]);
+        }
+        const __m128 u0 = _mm_sub_ps(rd[0], _mm_mul_ps(g[0], L));
+        const __m128 w0 = _mm_add_ps(_mm_mul_ps(g[0], u0), L);
+        const __m128 u1 = _mm_sub_ps(rd[1], _mm_mul_ps(g[1], w0));
+        const __m128 u2 = _mm_sub_ps(rd[2], _mm_mul_ps(g[2], u0));
+        const __m128 u3 = _mm_sub_ps(rd[3], _mm_mul_ps(g[3], R));
+        const __m128 w3 = _mm_add_ps(_mm_mul_ps(g[3], u3), R);
+        const __m128 u4 = _mm_sub_ps(rd[4], _mm_mul_ps(g[4], w3));
+        const __m128 u5 = _mm_sub_ps(rd[5], _mm_mul_ps(g[5], u3));
+        _mm_storeu_ps(ring.buf + p[0], _mm_add_ps(w0, _mm_mul_ps(g[1], u1)));
+        _mm_storeu_ps(ring.buf + p[1], _mm_add_ps(u0, _mm_mul_ps(g[2], u2)));
+        _mm_storeu_ps(ring.buf + p[2], u1);
+        _mm_storeu_ps(ring.buf + p[3], _mm_add_ps(w3, _mm_mul_ps(g[4], u4)));
+        _mm_storeu_ps(ring.buf + p[4], _mm_add_ps(u3, _mm_mul_ps(g[5], u5)));
+        _mm_storeu_ps(ring.buf + p[5], u4);
+        // -u * 0.11785113: the sign flip first, as a flip of the sign bit.
+        const __m128 signBit = _mm_set1_ps(-0.0f);
+        const __m128 outGain = _mm_set1_ps(0.11785113f);
+        _mm_storeu_ps(outLeft + n, _mm_mul_ps(_mm_xor_ps(u2, signBit), outGain));
+        _mm_storeu_ps(outRight + n, _mm_mul_ps(_mm_xor_ps(u5, signBit), outGain));
+    };
+
+    if (!inFours_) {
+        // A ring too small to take four samples at once: one at a time.
+        float sign = antiDenormal;
+        for (int n = 0; n < BLOCK; ++n) {
+            const float x = in[n];
+            const __m128 feed = _mm_set1_ps(x + sign);
+            // The input once in each sum, before the first group.
+            float L = x, R = x;
+            for (int g = 0; g < 3; ++g) {
+                __m128 s0, s1;
+                ring.gather(readPos(n, g), s0, s1);
+                const __m128 y = lineStep(g, s0, s1, allpass[n][g], feed, _mm_load_ps(gainRow(n) + 4 * g));
+                ring.scatter(_mm_sub_epi32(_mm_set1_epi32(int32_t(start + uint32_t(n))), lineOffset[g]), lineDamp[g]);
+                alignas(16) float o[4];
+                _mm_store_ps(o, y);
+                L += o[0] + o[1] - o[2] - o[3];
+                R += o[0] - o[1] - o[2] + o[3];
+            }
+            diffuse(n, L, R);
+            sign = -sign;
+        }
+    } else {
+        // Four samples at a time. A group's reads for the four come from four
+        // runs of the ring when its read positions hold still and don't wrap;
+        // its writes go to four runs when they don't wrap. Transposes turn
+        // runs into samples and back.
+        const __m128 signs = _mm_setr_ps(antiDenormal, -antiDenormal, antiDenormal, -antiDenormal);
+        const __m128i readLimit = _mm_set1_epi32(int32_t(ring.mask - 4u));
+        for (int n = 0; n < BLOCK; n += 4) {
+            const uint32_t at = start + uint32_t(n);
+            const __m128 x = _mm_loadu_ps(in + n);
+            const __m128 feed4 = _mm_add_ps(x, signs);
+            const __m128 feed[4] = {_mm_shuffle_ps(feed4, feed4, _MM_SHUFFLE(0, 0, 0, 0)),
+                                    _mm_shuffle_ps(feed4, feed4, _MM_SHUFFLE(1, 1, 1, 1)),
+                                    _mm_shuffle_ps(feed4, feed4, _MM_SHUFFLE(2, 2, 2, 2)),
+                                    _mm_shuffle_ps(feed4, feed4, _MM_SHUFFLE(3, 3, 3, 3))};
+            // Reads first, group by group.
+            __m128 s0[3][4], s1[3][4];
+#pragma GCC unroll 3
+            for (int g = 0; g < 3; ++g) {
+                const __m128i i = shift[n][g];
+                const __m128i still = _mm_and_si128(_mm_and_si128(_mm_cmpeq_epi32(i, shift[n + 1][g]),
+                                                                  _mm_cmpeq_epi32(i, shift[n + 2][g])),
+                                                    _mm_cmpeq_epi32(i, shift[n + 3][g]));
+                // s1 of the first sample; the run goes on for four more.
+                const __m128i first = _mm_and_si128(_mm_sub_epi32(readPos(n, g), _mm_set1_epi32(1)), ringMask);
+                if (_mm_movemask_epi8(_mm_andnot_si128(_mm_cmpgt_epi32(first, readLimit), still)) == 0xFFFF) {
+                    const Lanes p(first);
+#pragma GCC unroll 4
+                    for (int k = 0; k < 4; ++k) {
+                        s1[g][k] = _mm_loadu_ps(ring.buf + p[k]);
+                        s0[g][k] = _mm_loadu_ps(ring.buf + p[k] + 1);
+                    }
+                    _MM_TRANSPOSE4_PS(s1[g][0], s1[g][1], s1[g][2], s1[g][3]);
+                    _MM_TRANSPOSE4_PS(s0[g][0], s0[g][1], s0[g][2], s0[g][3]);
+                } else {
+                    for (int j = 0; j < 4; ++j) ring.gather(readPos(n + j, g), s0[g][j], s1[g][j]);
+                }
+            }
+            // The three groups side by side: three chains at once.
+            __m128 y[3][4], d[3][4];
+#pragma GCC unroll 4
+            for (int j = 0; j < 4; ++j)
+#pragma GCC unroll 3
+                for (int g = 0; g < 3; ++g) {
+                    y[g][j] = lineStep(g, s0[g][j], s1[g][j], allpass[n + j][g], feed[j],
+                                       _mm_load_ps(gainRow(n + j) + 4 * g));
+                    d[g][j] = lineDamp[g];
+                }
+            // The four samples' sums, lane by sample; the input once in each.
+            __m128 L = x, R = x;
+#pragma GCC unroll 3
+            for (int g = 0; g < 3; ++g) {
+                // Line by line now, lane by sample.
+                __m128* o = y[g];
+                _MM_TRANSPOSE4_PS(o[0], o[1], o[2], o[3]);
+                L = _mm_add_ps(L, _mm_sub_ps(_mm_sub_ps(_mm_add_ps(o[0], o[1]), o[2]), o[3]));
+                R = _mm_add_ps(R, _mm_add_ps(_mm_sub_ps(_mm_sub_ps(o[0], o[1]), o[2]), o[3]));
+                __m128* e = d[g];
+                _MM_TRANSPOSE4_PS(e[0], e[1], e[2], e[3]);
+                const __m128i dest = _mm_and_si128(_mm_sub_epi32(_mm_set1_epi32(int32_t(at)), lineOffset[g]), ringMask);
+                const Lanes q(dest);
+                if (_mm_movemask_epi8(_mm_cmpgt_epi32(dest, writeLimit)) == 0) {
+#pragma GCC unroll 4
+                    for (int k = 0; k < 4; ++k) _mm_storeu_ps(ring.buf + q[k], e[k]);
+                } else {
+                    for (int k = 0; k < 4; ++k) {
+                        alignas(16) float run[4];
+                        _mm_store_ps(run, e[k]);
+                        for (int j = 0; j < 4; ++j) ring.at(q[k] + uint32_t(j)) = run[j];
+                    }
+                }
+            }
+            diffuseFour(n, L, R);
+        }
     }
     writePos_ = start + uint32_t(BLOCK);
-    antiDenormal_ = antiDenormal;
-    random1_ = random1;
-    _mm_store_ps(walk1_, walk1);
-    _mm_store_ps(walk2_, walk2);
     for (int g = 0; g < 3; ++g) {
         _mm_store_ps(lineOut_ + 4 * g, lineOut[g]);
         _mm_store_ps(lineDamp_ + 4 * g, lineDamp[g]);
     }
-    for (int k = 0; k < 5; ++k) _mm_store_ps(gainNow_ + 4 * k, gain[k]);
 
     const uint32_t u = random2_ * 0x323785AFu - 0x35F2CFD7u;
     random1_ = (2u * random1_) | (u >> 31);

@@ -67,9 +67,12 @@ private:
     uint32_t writePos_ = 0;
     int lineDelay_[LINES] = {};
     int diffDelay_[DIFFUSERS] = {};
-    int lineOffset_[LINES] = {};
-    uint32_t lineBase_[LINES] = {};  // lineOffset + lineDelay
+    alignas(16) int lineOffset_[LINES] = {};
+    alignas(16) uint32_t lineBase_[LINES] = {};  // lineOffset + lineDelay
     int diffPos_[DIFFUSERS + 1] = {};
+    // Whether four samples can be taken at once: no read or write of one of
+    // them meets another's in the ring (see resize).
+    bool inFours_ = false;
     alignas(16) float gainTarget_[20] = {};  // 12 lines, 1 unused, 6 diffusers
     alignas(16) float gainNow_[20] = {};
     float smoothCoef_ = 0.0f;

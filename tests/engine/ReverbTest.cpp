@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdint>
+#include <cstring>
 #include <vector>
 
 #include "engine/ChorusReverb.h"
@@ -30,6 +32,39 @@ WetRun play(ChorusReverb& rv, int loud, int quiet, float T, float D, float C) {
         run.right.insert(run.right.end(), rr, rr + 64);
     }
     return run;
+}
+
+// FNV-1a over the bits of both outputs: noise in, then a tail, with the
+// reverb time jumping (gliding gains), damping and chorus on.
+uint64_t wetFingerprint(float rate, float fxSize) {
+    ChorusReverb rv;
+    rv.seed(0x1234567u);
+    rv.resize(rate, fxSize);
+    uint64_t h = 1469598103934665603ull;
+    const auto mix = [&h](const float* v) {
+        for (int i = 0; i < 64; ++i) {
+            uint32_t bits;
+            std::memcpy(&bits, &v[i], 4);
+            for (int b = 0; b < 4; ++b) {
+                h ^= (bits >> (8 * b)) & 0xFFu;
+                h *= 1099511628211ull;
+            }
+        }
+    };
+    uint32_t r = 99;
+    float in[64], l[64], rr[64];
+    for (int b = 0; b < 700; ++b) {
+        const bool loud = b < 550;
+        for (float& v : in) {
+            r = r * 1664525u + 1013904223u;
+            v = loud ? (float(r >> 8) / 8388608.0f - 1.0f) * 0.5f : 0.0f;
+        }
+        const float T = b < 120 ? 1.5f : 6.0f;
+        rv.process(in, l, rr, loud ? 1.0f : 0.0f, T, 3000.0f, 1.0f);
+        mix(l);
+        mix(rr);
+    }
+    return h;
 }
 
 }  // namespace
@@ -162,4 +197,23 @@ TEST(ReverbTest, OnlyAResizeAllocates) {
     EXPECT_EQ(counter.count(), 0u);
     rv.resize(44100.0f, 0.9f);  // new size, bigger ring
     EXPECT_EQ(counter.count(), 1u);
+}
+
+// The wet signal of stored patches never changes: these fingerprints were
+// taken from the sample-by-sample loop, before it learned to take four
+// samples at once. The sizes cover a large ring, a ring that wraps often, a
+// rate too low for four at once (diffuser taps two apart), taps exactly four
+// apart, and the farthest tap three short of the ring's end.
+TEST(ReverbTest, WetSignalIsPinnedBitForBit) {
+    struct Case {
+        float rate, fxSize;
+        uint64_t fingerprint;
+    };
+    const Case cases[] = {
+        {44100.0f, 0.5f, 0x51E7318C37C6DDF2ull},  {96000.0f, 0.2f, 0x4EFCCD53A76F3D16ull},
+        {22050.0f, 0.0f, 0x07B0C10AE5762874ull},  {8000.0f, 0.0f, 0x5C58EB8082909720ull},
+        {16000.0f, 0.0f, 0x0C8052546C179C3Full},  {44100.0f, 0.69815f, 0x31C933D64D6AC53Dull},
+    };
+    for (const Case& c : cases)
+        EXPECT_EQ(wetFingerprint(c.rate, c.fxSize), c.fingerprint) << c.rate << " Hz, fx_size " << c.fxSize;
 }
