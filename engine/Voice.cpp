@@ -168,7 +168,30 @@ void Voice::renderGroup(Voice* const* v, int count, const VoiceBlock& b) {
         } else if (noisy > 1) {
             filterNoisesTogether(noiseJobs, noisy);
         }
-        for (int j = 0; j < n; ++j) v[sharing[j]]->frameSourceEnd(work[sharing[j]]);
+        // The wave shapes four voices at a time, each oscillator's once its
+        // frequency is known.
+        float form[4], freq[4];
+        WaveShape shapes[4];
+        for (int j = 0; j < n; j += 4) {
+            for (int q = 0; q < 4; ++q) {
+                const int k = sharing[std::min(j + q, n - 1)];
+                form[q] = v[k]->bForm;
+                freq[q] = work[k].fB;
+            }
+            WaveShape::makeFour(form, freq, shapes);
+            for (int q = 0; q < 4 && j + q < n; ++q) work[sharing[j + q]].shapeB = shapes[q];
+        }
+        for (int j = 0; j < n; ++j) v[sharing[j]]->frameSourceB(work[sharing[j]]);
+        for (int j = 0; j < n; j += 4) {
+            for (int q = 0; q < 4; ++q) {
+                const Voice& voice = *v[sharing[std::min(j + q, n - 1)]];
+                form[q] = voice.aForm;
+                freq[q] = voice.meanStep;
+            }
+            WaveShape::makeFour(form, freq, shapes);
+            for (int q = 0; q < 4 && j + q < n; ++q) work[sharing[j + q]].shapeA = shapes[q];
+        }
+        for (int j = 0; j < n; ++j) v[sharing[j]]->frameSourceA(work[sharing[j]]);
         if (n == 1) {
             v[sharing[0]]->frameFilter(work[sharing[0]]);
         } else if (n > 1) {
@@ -389,35 +412,46 @@ void Voice::frameNoise(FrameWork& work) {
 }
 
 void Voice::frameSourceEnd(FrameWork& work) {
+    work.shapeB = engine::WaveShape::make(bForm, work.fB);
+    frameSourceB(work);
+    work.shapeA = engine::WaveShape::make(aForm, meanStep);
+    frameSourceA(work);
+}
+
+void Voice::frameSourceB(FrameWork& work) {
     using namespace engine;
     const BranchParams& p = params_;
     const EngineRates& rates = *rates_;
     const float fA = work.fA, fB = work.fB;
     const float* bn = work.bn;
-    const float* an = work.an;
-    alignas(16) float osc[kFrameSamples], step[kFrameSamples];
-    float* mix = work.mix;
+    float* osc = work.osc;
 
     // Oscillator B, locked to the sub-oscillator, with its noise and hold.
     phases[1] = bPhaseFromSubPhase(phases[2]);
-    renderOscillatorB(phases[1], fB, WaveShape::make(bForm, fB), osc);
+    renderOscillatorB(phases[1], fB, work.shapeB, osc);
     applySubOscillator(osc, phases[2], fB, subAmount);
     phases[2] = advanceSubPhase(phases[2], fB);
-    for (int i = 0; i < kFrameSamples; ++i) osc[i] = osc[i] * p.bTone + bn[i];
+    const __m128 tone = _mm_set1_ps(p.bTone);
+    for (int i = 0; i < kFrameSamples; i += 4)
+        _mm_store_ps(osc + i, _mm_add_ps(_mm_mul_ps(_mm_load_ps(osc + i), tone), _mm_load_ps(bn + i)));
     sampleAndHold(osc, bHold, bHoldAcc, p.bHoldRate);
 
     // FM into oscillator A.
-    fmSteps(osc, limitedFmDepth(p.fmDepth, p.fmDepthMod, modHold, fA, rates.maxFreq), fA, step);
-    meanStep = addMeanStep(meanStep, step, rates.stepSmooth);
-    renderOscillatorA(phases[0], step, meanStep, WaveShape::make(aForm, meanStep), mix);
+    fmSteps(osc, limitedFmDepth(p.fmDepth, p.fmDepthMod, modHold, fA, rates.maxFreq), fA, work.step);
+    meanStep = addMeanStep(meanStep, work.step, rates.stepSmooth);
+}
+
+void Voice::frameSourceA(FrameWork& work) {
+    using namespace engine;
+    float* mix = work.mix;
+    renderOscillatorA(phases[0], work.step, meanStep, work.shapeA, mix);
     const __m128 ga = _mm_set1_ps(aGain), gb = _mm_set1_ps(bGain);
     for (int i = 0; i < kFrameSamples; i += 4) {
-        const __m128 m = _mm_add_ps(_mm_add_ps(_mm_mul_ps(_mm_load_ps(mix + i), ga), _mm_mul_ps(_mm_load_ps(osc + i), gb)),
-                                    _mm_load_ps(an + i));
+        const __m128 m = _mm_add_ps(_mm_add_ps(_mm_mul_ps(_mm_load_ps(mix + i), ga), _mm_mul_ps(_mm_load_ps(work.osc + i), gb)),
+                                    _mm_load_ps(work.an + i));
         _mm_store_ps(mix + i, m);
     }
-
-    meanStep *= 1.0f - rates.stepSmooth;
+    meanStep *= 1.0f - rates_->stepSmooth;
 }
 
 void Voice::frameFilter(FrameWork& work) {

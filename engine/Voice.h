@@ -12,6 +12,7 @@
 #include "engine/NoiseFilters.h"
 #include "engine/StateVariableFilter.h"
 #include "engine/VoiceOutputGains.h"
+#include "engine/WaveShape.h"
 
 class NorvelleProgram;
 struct MidiConfigRecord;
@@ -149,6 +150,9 @@ protected:
         alignas(16) float rawA[16];
         alignas(16) float bn[16];  // filtered noise of B and A
         alignas(16) float an[16];
+        alignas(16) float osc[16];   // oscillator B with its noise and hold
+        alignas(16) float step[16];  // oscillator A's phase steps
+        engine::WaveShape shapeB, shapeA;
         float f1 = 0, f2 = 0;
         float amp = 0, fA = 0, fB = 0;
         bool bQuiet = false, aQuiet = false;
@@ -160,6 +164,10 @@ protected:
     void frameNoise(FrameWork& work);
     void noiseJob(FrameWork& work, engine::NoiseJob& job);
     void frameSourceEnd(FrameWork& work);
+    // frameSourceEnd in two steps, each with its wave shape already made:
+    // oscillator B to the phase steps of A; oscillator A and the mix.
+    void frameSourceB(FrameWork& work);
+    void frameSourceA(FrameWork& work);
     void frameFilter(FrameWork& work);
     void filterVoice(FrameWork& work, engine::FilterVoice& job);
     // Up to MAX_TOGETHER voices, frame by frame.

@@ -1,5 +1,7 @@
 #include "engine/WaveShape.h"
 
+#include <emmintrin.h>
+
 #include <algorithm>
 
 namespace engine {
@@ -43,6 +45,71 @@ WaveShape WaveShape::make(float form, float freq) {
     // Takes out the mean of a wave with unequal low and high stretches.
     w.offset = (1.0f - w.top - w.rise + w.fall) + 1.0003182f;
     return w;
+}
+
+namespace {
+
+// std::max and std::min on four lanes, to the last detail: max(a, b) is
+// a < b ? b : a, min(a, b) is b < a ? b : a.
+inline __m128 select(__m128 mask, __m128 yes, __m128 no) {
+    return _mm_or_ps(_mm_and_ps(mask, yes), _mm_andnot_ps(mask, no));
+}
+inline __m128 maxOf(__m128 a, __m128 b) { return select(_mm_cmplt_ps(a, b), b, a); }
+inline __m128 minOf(__m128 a, __m128 b) { return select(_mm_cmplt_ps(b, a), b, a); }
+inline __m128 boundedFour(__m128 x) { return minOf(maxOf(x, _mm_set1_ps(1e-5f)), _mm_set1_ps(0.5f)); }
+
+}  // namespace
+
+void WaveShape::makeFour(const float* form4, const float* freq4, WaveShape* out) {
+    // Every lane takes all three ways of make; each keeps the one its form
+    // chooses. The same steps as make, in the same order.
+    const __m128 one = _mm_set1_ps(1.0f), half = _mm_set1_ps(0.5f), four = _mm_set1_ps(4.0f);
+    const __m128 third = _mm_set1_ps(0.33333f), twoThirds = _mm_set1_ps(0.66666f);
+    const __m128 form = _mm_loadu_ps(form4), freq = _mm_loadu_ps(freq4);
+    const __m128 s = _mm_mul_ps(_mm_add_ps(_mm_mul_ps(_mm_set1_ps(1.4142135f), freq), _mm_set1_ps(2.0f)), freq);
+    const __m128 sine = _mm_cmplt_ps(form, third);
+    const __m128 saw = _mm_andnot_ps(sine, _mm_cmplt_ps(form, twoThirds));
+
+    // Up to a sawtooth.
+    const __m128 g = _mm_sub_ps(one, _mm_div_ps(form, third));
+    const __m128 fallSine = boundedFour(maxOf(s, _mm_mul_ps(_mm_mul_ps(half, g), g)));
+    // Up to a square.
+    const __m128 fallEdge = boundedFour(s);
+    const __m128 t2 = _mm_sub_ps(one, _mm_div_ps(_mm_sub_ps(form, third), third));
+    const __m128 q = _mm_mul_ps(t2, t2);
+    const __m128 h = _mm_add_ps(_mm_mul_ps(half, q), half);
+    const __m128 riseSaw = minOf(maxOf(_mm_mul_ps(_mm_sub_ps(one, q), h), fallEdge), _mm_sub_ps(one, fallEdge));
+    const __m128 topSaw = maxOf(_mm_add_ps(fallEdge, riseSaw), h);
+    // Up to a narrow pulse.
+    const __m128 t3 = _mm_sub_ps(one, _mm_div_ps(_mm_sub_ps(form, twoThirds), _mm_set1_ps(0.33334f)));
+    const __m128 p = _mm_mul_ps(half, _mm_mul_ps(t3, t3));
+    const __m128 risePulse = minOf(maxOf(p, fallEdge), _mm_sub_ps(one, fallEdge));
+    const __m128 topPulse = maxOf(_mm_add_ps(fallEdge, risePulse), p);
+
+    const __m128 fall = select(sine, fallSine, fallEdge);
+    const __m128 rise = select(sine, fallSine, select(saw, riseSaw, risePulse));
+    const __m128 top = select(sine, one, select(saw, topSaw, topPulse));
+    const __m128 fallGain = _mm_div_ps(four, fall);
+    const __m128 riseGain = _mm_div_ps(four, select(sine, _mm_sub_ps(one, fall), _mm_sub_ps(top, rise)));
+    const __m128 base = _mm_set1_ps(1.0003182f);
+    const __m128 offset = select(
+        sine, base, _mm_add_ps(_mm_add_ps(_mm_sub_ps(_mm_sub_ps(one, top), rise), fall), base));
+
+    alignas(16) float lanes[6][4];
+    _mm_store_ps(lanes[0], fall);
+    _mm_store_ps(lanes[1], rise);
+    _mm_store_ps(lanes[2], top);
+    _mm_store_ps(lanes[3], fallGain);
+    _mm_store_ps(lanes[4], riseGain);
+    _mm_store_ps(lanes[5], offset);
+    for (int k = 0; k < 4; ++k) {
+        out[k].fall = lanes[0][k];
+        out[k].rise = lanes[1][k];
+        out[k].top = lanes[2][k];
+        out[k].fallGain = lanes[3][k];
+        out[k].riseGain = lanes[4][k];
+        out[k].offset = lanes[5][k];
+    }
 }
 
 }  // namespace engine

@@ -432,3 +432,37 @@ TEST(OscillatorTest, AnyNumberOfVoicesNoiseFiltersTogetherGetWhatEachGetsAlone) 
         EXPECT_NE(b2[n - 1], 0.0f);
     }
 }
+
+TEST(OscillatorTest, FourShapesAtOnceAreTheShapesOfEach) {
+    // Forms across all three ways, right at and next to their borders, and
+    // frequencies from the bottom to where the edge minimum takes over.
+    std::vector<float> forms = {0.0f, 1e-7f, 0.1f, 0.33333f, 0.5f, 0.66666f, 0.9f, 1.0f};
+    for (float border : {0.33333f, 0.66666f}) {
+        forms.push_back(std::nextafter(border, 0.0f));
+        forms.push_back(std::nextafter(border, 1.0f));
+    }
+    for (int i = 0; i <= 200; ++i) forms.push_back(float(i) / 200.0f);
+    const float freqs[] = {0.0f, 1e-6f, 0.001f, 0.0025f, 0.01f, 0.05f, 0.2f, 0.35f, 0.5f};
+    int compared = 0;
+    for (std::size_t i = 0; i + 3 < forms.size() * 9; i += 3) {
+        float form[4], freq[4];
+        for (std::size_t q = 0; q < 4; ++q) {
+            const std::size_t k = (i + q * 7) % (forms.size() * 9);
+            form[q] = forms[k / 9];
+            freq[q] = freqs[k % 9];
+        }
+        engine::WaveShape four[4];
+        engine::WaveShape::makeFour(form, freq, four);
+        for (int q = 0; q < 4; ++q) {
+            const engine::WaveShape one = engine::WaveShape::make(form[q], freq[q]);
+            ASSERT_EQ(four[q].fall, one.fall) << form[q] << " " << freq[q];
+            ASSERT_EQ(four[q].rise, one.rise) << form[q] << " " << freq[q];
+            ASSERT_EQ(four[q].top, one.top) << form[q] << " " << freq[q];
+            ASSERT_EQ(four[q].fallGain, one.fallGain) << form[q] << " " << freq[q];
+            ASSERT_EQ(four[q].riseGain, one.riseGain) << form[q] << " " << freq[q];
+            ASSERT_EQ(four[q].offset, one.offset) << form[q] << " " << freq[q];
+            ++compared;
+        }
+    }
+    EXPECT_GT(compared, 2500);
+}
