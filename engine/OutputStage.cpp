@@ -12,14 +12,22 @@ namespace {
 
 constexpr int kBlock = 64;
 
-// One channel: ramped level and DC blocker into y, in place.
-float levelAndBlockDc(float* x, float lastGain, float step, float dc, float dcCoef) {
+// Both channels: ramped level and DC blocker, in place. The two blockers'
+// recursions run side by side in one loop.
+void levelAndBlockDc(float* left, float* right, float lastGain, float step, float& dcLeft, float& dcRight,
+                     float dcCoef) {
+    float l = dcLeft, r = dcRight;
     for (int i = 0; i < kBlock; ++i) {
-        const float a = x[i] * (lastGain + float(i) * step);
-        dc += (a - dc) * dcCoef;
-        x[i] = a - dc;
+        const float g = lastGain + float(i) * step;
+        const float a = left[i] * g;
+        const float b = right[i] * g;
+        l += (a - l) * dcCoef;
+        r += (b - r) * dcCoef;
+        left[i] = a - l;
+        right[i] = b - r;
     }
-    return dropTinyBits(dc);
+    dcLeft = dropTinyBits(l);
+    dcRight = dropTinyBits(r);
 }
 
 // Soft clip in place; returns the sum of squared errors the clipper added.
@@ -59,8 +67,7 @@ void OutputStage::process(float* left, float* right, bool& silent, float gain, f
     if (std::fabs(step) < 1e-10f) step = 0.0f;
     if (!(silent && std::fabs(dcLeft_) < 0.0001f && std::fabs(dcRight_) < 0.0001f)) {
         silent = false;
-        dcLeft_ = levelAndBlockDc(left, lastGain_, step, dcLeft_, dcCoef_);
-        dcRight_ = levelAndBlockDc(right, lastGain_, step, dcRight_, dcCoef_);
+        levelAndBlockDc(left, right, lastGain_, step, dcLeft_, dcRight_, dcCoef_);
         const float post = postGain * level;
         meterState_ += clip(left, post) + clip(right, post);
     }
