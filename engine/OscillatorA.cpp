@@ -8,16 +8,6 @@
 
 namespace engine {
 
-float addMeanStep(float meanStep, const float* step, float stepSmooth) {
-    const __m128 absMask = _mm_castsi128_ps(_mm_set1_epi32(0x7FFFFFFF));
-    __m128 sum = _mm_setzero_ps();
-    for (int i = 0; i < kFrameSamples; i += 4) sum = _mm_add_ps(sum, _mm_and_ps(_mm_loadu_ps(step + i), absMask));
-    alignas(16) float lanes[4];
-    _mm_store_ps(lanes, sum);
-    const float total = (lanes[0] + lanes[1]) + (lanes[2] + lanes[3]);
-    return meanStep + (stepSmooth / 16.0f) * total;
-}
-
 void renderOscillatorA(float& aPhase, const float* step, float meanStep, const WaveShape& shape, float* out) {
     const int points = oversamplingPoints(meanStep);
     const ShapeLanes lanes(shape);

@@ -138,6 +138,8 @@ void Voice::renderGroup(Voice* const* v, int count, const VoiceBlock& b) {
     }
     if (!any) return;
     FrameWork work[MAX_TOGETHER];
+    NoiseJob noiseJobs[MAX_TOGETHER];
+    FilterVoice filters[MAX_TOGETHER];
     for (int frame = 0; frame < FRAMES_PER_BLOCK; ++frame) {
         bool due[MAX_TOGETHER], shared[MAX_TOGETHER];
         int sharing[MAX_TOGETHER];
@@ -151,7 +153,6 @@ void Voice::renderGroup(Voice* const* v, int count, const VoiceBlock& b) {
         // by side, then the outputs in voice order, as the buses always add
         // them.
         for (int j = 0; j < n; ++j) v[sharing[j]]->frameSourceStart(b, factor[sharing[j]], work[sharing[j]]);
-        NoiseJob noiseJobs[MAX_TOGETHER];
         int noisy = 0;
         for (int j = 0; j < n; ++j) {
             Voice& voice = *v[sharing[j]];
@@ -171,31 +172,31 @@ void Voice::renderGroup(Voice* const* v, int count, const VoiceBlock& b) {
         // The wave shapes four voices at a time, each oscillator's once its
         // frequency is known.
         float form[4], freq[4];
-        WaveShape shapes[4];
+        WaveShape spare;
+        WaveShape* shapes[4];
         for (int j = 0; j < n; j += 4) {
             for (int q = 0; q < 4; ++q) {
                 const int k = sharing[std::min(j + q, n - 1)];
                 form[q] = v[k]->bForm;
                 freq[q] = work[k].fB;
+                shapes[q] = j + q < n ? &work[k].shapeB : &spare;
             }
             WaveShape::makeFour(form, freq, shapes);
-            for (int q = 0; q < 4 && j + q < n; ++q) work[sharing[j + q]].shapeB = shapes[q];
         }
         for (int j = 0; j < n; ++j) v[sharing[j]]->frameSourceB(work[sharing[j]]);
         for (int j = 0; j < n; j += 4) {
             for (int q = 0; q < 4; ++q) {
-                const Voice& voice = *v[sharing[std::min(j + q, n - 1)]];
-                form[q] = voice.aForm;
-                freq[q] = voice.meanStep;
+                const int k = sharing[std::min(j + q, n - 1)];
+                form[q] = v[k]->aForm;
+                freq[q] = v[k]->meanStep;
+                shapes[q] = j + q < n ? &work[k].shapeA : &spare;
             }
             WaveShape::makeFour(form, freq, shapes);
-            for (int q = 0; q < 4 && j + q < n; ++q) work[sharing[j + q]].shapeA = shapes[q];
         }
         for (int j = 0; j < n; ++j) v[sharing[j]]->frameSourceA(work[sharing[j]]);
         if (n == 1) {
             v[sharing[0]]->frameFilter(work[sharing[0]]);
         } else if (n > 1) {
-            FilterVoice filters[MAX_TOGETHER];
             for (int j = 0; j < n; ++j) v[sharing[j]]->filterVoice(work[sharing[j]], filters[j]);
             renderFilterVoices(filters, n);
         }

@@ -60,7 +60,7 @@ inline __m128 boundedFour(__m128 x) { return minOf(maxOf(x, _mm_set1_ps(1e-5f)),
 
 }  // namespace
 
-void WaveShape::makeFour(const float* form4, const float* freq4, WaveShape* out) {
+void WaveShape::makeFour(const float* form4, const float* freq4, WaveShape* const* out) {
     // Every lane takes all three ways of make; each keeps the one its form
     // chooses. The same steps as make, in the same order.
     const __m128 one = _mm_set1_ps(1.0f), half = _mm_set1_ps(0.5f), four = _mm_set1_ps(4.0f);
@@ -103,12 +103,12 @@ void WaveShape::makeFour(const float* form4, const float* freq4, WaveShape* out)
     _mm_store_ps(lanes[4], riseGain);
     _mm_store_ps(lanes[5], offset);
     for (int k = 0; k < 4; ++k) {
-        out[k].fall = lanes[0][k];
-        out[k].rise = lanes[1][k];
-        out[k].top = lanes[2][k];
-        out[k].fallGain = lanes[3][k];
-        out[k].riseGain = lanes[4][k];
-        out[k].offset = lanes[5][k];
+        out[k]->fall = lanes[0][k];
+        out[k]->rise = lanes[1][k];
+        out[k]->top = lanes[2][k];
+        out[k]->fallGain = lanes[3][k];
+        out[k]->riseGain = lanes[4][k];
+        out[k]->offset = lanes[5][k];
     }
 }
 

@@ -452,7 +452,8 @@ TEST(OscillatorTest, FourShapesAtOnceAreTheShapesOfEach) {
             freq[q] = freqs[k % 9];
         }
         engine::WaveShape four[4];
-        engine::WaveShape::makeFour(form, freq, four);
+        engine::WaveShape* const out[4] = {&four[0], &four[1], &four[2], &four[3]};
+        engine::WaveShape::makeFour(form, freq, out);
         for (int q = 0; q < 4; ++q) {
             const engine::WaveShape one = engine::WaveShape::make(form[q], freq[q]);
             ASSERT_EQ(four[q].fall, one.fall) << form[q] << " " << freq[q];
