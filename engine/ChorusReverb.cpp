@@ -207,7 +207,15 @@ void ChorusReverb::process(const float* in, float* outLeft, float* outRight, flo
     const __m128 absMask = _mm_castsi128_ps(_mm_set1_epi32(0x7FFFFFFF));
     const __m128 one = _mm_set1_ps(1.0f);
     // Gains at their targets stay there: each step would add exactly zero.
-    const bool gainsSettled = std::memcmp(gainNow_, gainTarget_, sizeof gainNow_) == 0;
+    // So do gains that one step leaves bit for bit where they are (a step
+    // too small to move them short of the target, common at high rates):
+    // every further step is that same step.
+    bool gainsSettled = std::memcmp(gainNow_, gainTarget_, sizeof gainNow_) == 0;
+    if (!gainsSettled) {
+        float next[20];
+        for (int k = 0; k < 20; ++k) next[k] = gainNow_[k] + (gainTarget_[k] - gainNow_[k]) * smoothCoef_;
+        gainsSettled = std::memcmp(next, gainNow_, sizeof next) == 0;
+    }
 
     // The modulation side hears nothing of the sound: it runs for the whole
     // block first, in two passes. The first carries the walks and the gains
@@ -263,14 +271,16 @@ void ChorusReverb::process(const float* in, float* outLeft, float* outRight, flo
     __m128i shift[BLOCK][3];
     __m128 allpass[BLOCK][3];
     for (int n = 0; n < BLOCK; ++n) {
-        // Each group reads with the four modulations in its own signs and order.
+        // Each group reads with the four modulations in its own signs and
+        // order: +m0 -m1 +m2 -m3, its negation, and -m1 +m0 -m3 +m2. The
+        // third is the first with its lanes swapped in pairs, the same
+        // products exactly, so it takes the first's results swapped.
         const __m128 m = mod[n];
         const __m128 g1 = _mm_mul_ps(m, _mm_setr_ps(1.0f, -1.0f, 1.0f, -1.0f));
         const __m128 g2 = _mm_sub_ps(_mm_setzero_ps(), g1);
-        const __m128 g3 = _mm_mul_ps(_mm_shuffle_ps(m, m, _MM_SHUFFLE(2, 3, 0, 1)), _mm_setr_ps(-1.0f, 1.0f, -1.0f, 1.0f));
-        const __m128 groupMod[3] = {g1, g2, g3};
-#pragma GCC unroll 3
-        for (int g = 0; g < 3; ++g) {
+        const __m128 groupMod[2] = {g1, g2};
+#pragma GCC unroll 2
+        for (int g = 0; g < 2; ++g) {
             // i = floor(mu), an exact integer counted one lower: ceil(mu) - 1.
             const __m128 mu = groupMod[g];
             __m128 c = _mm_cvtepi32_ps(_mm_cvttps_epi32(mu));
@@ -280,6 +290,8 @@ void ChorusReverb::process(const float* in, float* outLeft, float* outRight, flo
             allpass[n][g] = _mm_div_ps(_mm_sub_ps(one, f), _mm_add_ps(one, f));
             shift[n][g] = _mm_cvtps_epi32(i);
         }
+        allpass[n][2] = _mm_shuffle_ps(allpass[n][0], allpass[n][0], _MM_SHUFFLE(2, 3, 0, 1));
+        shift[n][2] = _mm_shuffle_epi32(shift[n][0], _MM_SHUFFLE(2, 3, 0, 1));
     }
 
     // The sounding side. Every state it carries lives in locals: the ring's
@@ -431,14 +443,16 @@ void ChorusReverb::process(const float* in, float* outLeft, float* outRight, flo
                 // s1 of the first sample; the run goes on for four more.
                 const __m128i first = _mm_and_si128(_mm_sub_epi32(readPos(n, g), _mm_set1_epi32(1)), ringMask);
                 if (_mm_movemask_epi8(_mm_andnot_si128(_mm_cmpgt_epi32(first, readLimit), still)) == 0xFFFF) {
+                    // Each sample's s0 is the next one's s1; the last
+                    // sample's s0 is the fifth of each run.
                     const Lanes p(first);
 #pragma GCC unroll 4
-                    for (int k = 0; k < 4; ++k) {
-                        s1[g][k] = _mm_loadu_ps(ring.buf + p[k]);
-                        s0[g][k] = _mm_loadu_ps(ring.buf + p[k] + 1);
-                    }
+                    for (int k = 0; k < 4; ++k) s1[g][k] = _mm_loadu_ps(ring.buf + p[k]);
                     _MM_TRANSPOSE4_PS(s1[g][0], s1[g][1], s1[g][2], s1[g][3]);
-                    _MM_TRANSPOSE4_PS(s0[g][0], s0[g][1], s0[g][2], s0[g][3]);
+                    s0[g][0] = s1[g][1];
+                    s0[g][1] = s1[g][2];
+                    s0[g][2] = s1[g][3];
+                    s0[g][3] = _mm_setr_ps(ring.buf[p[0] + 4], ring.buf[p[1] + 4], ring.buf[p[2] + 4], ring.buf[p[3] + 4]);
                 } else {
                     for (int j = 0; j < 4; ++j) ring.gather(readPos(n + j, g), s0[g][j], s1[g][j]);
                 }
