@@ -164,6 +164,4 @@ void filterNoisesTogether(const NoiseJob* jobs, int count) {
     }
 }
 
-void filterNoisesFour(const NoiseJob* j) { filterNoisesTogether(j, 4); }
-
 }  // namespace engine

@@ -18,7 +18,7 @@ void filterANoise(float& state, const float* noise16, float gain, float coef, fl
 void filterNoises(float& bState1, float& bState2, const float* bNoise16, float fB, float bNoise, float& aState,
                   const float* aNoise16, float aGain, float aCoef, float* bOut16, float* aOut16);
 
-// One voice's part in filterNoisesFour: the arguments of filterNoises.
+// One voice's part in filterNoisesTogether: the arguments of filterNoises.
 struct NoiseJob {
     float* bState1 = nullptr;
     float* bState2 = nullptr;
@@ -37,12 +37,9 @@ struct NoiseJob {
     bool aQuiet = false;
 };
 
-// Four voices' noise filters at once, one voice per lane: each gets exactly
-// what filterNoises gives it, or zeros for a quiet filter.
-void filterNoisesFour(const NoiseJob* jobs4);
-
-// Any number of voices at once, four to a register, several registers in one
-// loop; the same results as filterNoisesFour gives each.
+// Any number of voices at once, one voice per lane, four to a register,
+// several registers in one loop: each gets exactly what filterNoises gives
+// it, or zeros for a quiet filter.
 void filterNoisesTogether(const NoiseJob* jobs, int count);
 
 }  // namespace engine

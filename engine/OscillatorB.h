@@ -14,4 +14,10 @@ inline float bPhaseFromSubPhase(float subPhase) {
 
 void renderOscillatorB(float bPhase, float fB, const WaveShape& shape, float* out16);
 
+// B as the voice hears it before the hold, in one pass: the wave, swung by
+// the sub-oscillator (from subAmount 1e-5 on), times tone, plus noise16.
+// The same as renderOscillatorB, applySubOscillator, then out * tone + noise.
+void renderVoiceB(float bPhase, float subPhase, float fB, const WaveShape& shape, float subAmount, float tone,
+                  const float* noise16, float* out16);
+
 }  // namespace engine

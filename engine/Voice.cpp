@@ -429,12 +429,8 @@ void Voice::frameSourceB(FrameWork& work) {
 
     // Oscillator B, locked to the sub-oscillator, with its noise and hold.
     phases[1] = bPhaseFromSubPhase(phases[2]);
-    renderOscillatorB(phases[1], fB, work.shapeB, osc);
-    applySubOscillator(osc, phases[2], fB, subAmount);
+    renderVoiceB(phases[1], phases[2], fB, work.shapeB, subAmount, p.bTone, bn, osc);
     phases[2] = advanceSubPhase(phases[2], fB);
-    const __m128 tone = _mm_set1_ps(p.bTone);
-    for (int i = 0; i < kFrameSamples; i += 4)
-        _mm_store_ps(osc + i, _mm_add_ps(_mm_mul_ps(_mm_load_ps(osc + i), tone), _mm_load_ps(bn + i)));
     sampleAndHold(osc, bHold, bHoldAcc, p.bHoldRate);
 
     // FM into oscillator A.

@@ -308,7 +308,7 @@ TEST(OscillatorTest, FourVoicesNoiseFiltersInLanesGetWhatEachGetsAlone) {
             jobs[v].bOut = bOut[v];
             jobs[v].aOut = aOut[v];
         }
-        engine::filterNoisesFour(jobs);
+        engine::filterNoisesTogether(jobs, 4);
         for (int v = 0; v < 4; ++v) {
             engine::filterNoises(b1Alone[v], b2Alone[v], rawB[v], fB[v], bNoise[v], aAlone[v], rawA[v], aGain[v],
                                  aCoef[v], bAlone, aAloneOut);
@@ -352,7 +352,7 @@ TEST(OscillatorTest, QuietNoiseFiltersAmongFourGiveZerosAndKeepTheirStates) {
         jobs[0].fB = 0.01f;
         jobs[0].bNoise = 0.3f;
         jobs[1].aGain = 0.8f;
-        engine::filterNoisesFour(jobs);
+        engine::filterNoisesTogether(jobs, 4);
         engine::filterBNoise(b1Alone, b2Alone, raw[0], 0.01f, 0.3f, alone);
         for (int i = 0; i < 16; ++i) ASSERT_EQ(bOut[0][i], alone[i]);
         engine::filterANoise(aAlone, raw[3], 0.8f, 0.5f, alone);
@@ -466,4 +466,29 @@ TEST(OscillatorTest, FourShapesAtOnceAreTheShapesOfEach) {
         }
     }
     EXPECT_GT(compared, 2500);
+}
+
+TEST(OscillatorTest, VoiceBInOnePassIsBSwungToneAndNoise) {
+    const engine::NoiseTable& table = engine::NoiseTable::instance();
+    uint32_t random = 5;
+    int compared = 0;
+    // Sub amounts on both sides of the limit, frequencies for 1, 2 and 3 points.
+    for (float amount : {0.0f, 0.99999e-5f, 1e-5f, 0.4f, 1.0f}) {
+        for (float fB : {0.0004f, 0.003f, 0.02f, 0.3f}) {
+            for (float subPhase : {0.0f, 0.3f, 0.75f}) {
+                alignas(16) float noise[16], oneGo[16], steps[16];
+                table.read(random, noise);
+                const float bPhase = engine::bPhaseFromSubPhase(subPhase);
+                const engine::WaveShape shape = engine::WaveShape::make(0.45f, fB);
+                engine::renderVoiceB(bPhase, subPhase, fB, shape, amount, 0.7f, noise, oneGo);
+                engine::renderOscillatorB(bPhase, fB, shape, steps);
+                engine::applySubOscillator(steps, subPhase, fB, amount);
+                for (int i = 0; i < 16; ++i) {
+                    ASSERT_EQ(oneGo[i], steps[i] * 0.7f + noise[i]) << amount << " " << fB << " " << i;
+                    ++compared;
+                }
+            }
+        }
+    }
+    EXPECT_EQ(compared, 5 * 4 * 3 * 16);
 }
