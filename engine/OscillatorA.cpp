@@ -8,7 +8,11 @@
 
 namespace engine {
 
-void renderOscillatorA(float& aPhase, const float* step, float meanStep, const WaveShape& shape, float* out) {
+namespace {
+
+// The phase runs on; put(i, a) takes the four samples of the wave from i on.
+template <class Put>
+void runOscillatorA(float& aPhase, const float* step, float meanStep, const WaveShape& shape, Put put) {
     const int points = oversamplingPoints(meanStep);
     const ShapeLanes lanes(shape);
     float phase = aPhase;
@@ -20,9 +24,24 @@ void renderOscillatorA(float& aPhase, const float* step, float meanStep, const W
         const float next = p3 + step[i + 3];
         phase = next - std::floor(next);
         const __m128 wrapped = wrapPhase(_mm_setr_ps(p0, p1, p2, p3));
-        _mm_storeu_ps(out + i, oversampledShape(lanes, wrapped, _mm_loadu_ps(step + i), points));
+        put(i, oversampledShape(lanes, wrapped, _mm_loadu_ps(step + i), points));
     }
     aPhase = phase;
+}
+
+}  // namespace
+
+void renderOscillatorA(float& aPhase, const float* step, float meanStep, const WaveShape& shape, float* out) {
+    runOscillatorA(aPhase, step, meanStep, shape, [out](int i, __m128 a) { _mm_storeu_ps(out + i, a); });
+}
+
+void renderVoiceA(float& aPhase, const float* step, float meanStep, const WaveShape& shape, float aGain,
+                  const float* b, float bGain, const float* noise, float* out) {
+    const __m128 ga = _mm_set1_ps(aGain), gb = _mm_set1_ps(bGain);
+    runOscillatorA(aPhase, step, meanStep, shape, [=](int i, __m128 a) {
+        _mm_storeu_ps(out + i, _mm_add_ps(_mm_add_ps(_mm_mul_ps(a, ga), _mm_mul_ps(_mm_loadu_ps(b + i), gb)),
+                                          _mm_loadu_ps(noise + i)));
+    });
 }
 
 }  // namespace engine

@@ -25,4 +25,9 @@ inline float addMeanStep(float meanStep, const float* step16, float stepSmooth) 
 // Sample i sounds the phase before its own step is added.
 void renderOscillatorA(float& aPhase, const float* step16, float meanStep, const WaveShape& shape, float* out16);
 
+// The voice's mix in the same pass: out = (A aGain + b bGain) + noise, with A
+// as renderOscillatorA gives it.
+void renderVoiceA(float& aPhase, const float* step16, float meanStep, const WaveShape& shape, float aGain,
+                  const float* b16, float bGain, const float* noise16, float* out16);
+
 }  // namespace engine

@@ -440,14 +440,7 @@ void Voice::frameSourceB(FrameWork& work) {
 
 void Voice::frameSourceA(FrameWork& work) {
     using namespace engine;
-    float* mix = work.mix;
-    renderOscillatorA(phases[0], work.step, meanStep, work.shapeA, mix);
-    const __m128 ga = _mm_set1_ps(aGain), gb = _mm_set1_ps(bGain);
-    for (int i = 0; i < kFrameSamples; i += 4) {
-        const __m128 m = _mm_add_ps(_mm_add_ps(_mm_mul_ps(_mm_load_ps(mix + i), ga), _mm_mul_ps(_mm_load_ps(work.osc + i), gb)),
-                                    _mm_load_ps(work.an + i));
-        _mm_store_ps(mix + i, m);
-    }
+    renderVoiceA(phases[0], work.step, meanStep, work.shapeA, aGain, work.osc, bGain, work.an, work.mix);
     meanStep *= 1.0f - rates_->stepSmooth;
 }
 

@@ -492,3 +492,28 @@ TEST(OscillatorTest, VoiceBInOnePassIsBSwungToneAndNoise) {
     }
     EXPECT_EQ(compared, 5 * 4 * 3 * 16);
 }
+
+TEST(OscillatorTest, VoiceAInOnePassIsTheMixOfAWithBAndNoise) {
+    const engine::NoiseTable& table = engine::NoiseTable::instance();
+    uint32_t random = 9;
+    float phase = 0.3f, phaseAlone = 0.3f;
+    int compared = 0;
+    // Mean steps for 1, 2 and 3 points, steps that run backwards too.
+    for (float meanStep : {0.001f, 0.005f, 0.05f}) {
+        for (int frame = 0; frame < 20; ++frame) {
+            alignas(16) float b[16], noise[16], step[16], mix[16], a[16];
+            table.read(random, b);
+            table.read(random, noise);
+            for (int i = 0; i < 16; ++i) step[i] = meanStep * (1.0f + 1.5f * b[i]);
+            const engine::WaveShape shape = engine::WaveShape::make(0.8f, meanStep);
+            engine::renderVoiceA(phase, step, meanStep, shape, 0.6f, b, 0.35f, noise, mix);
+            engine::renderOscillatorA(phaseAlone, step, meanStep, shape, a);
+            for (int i = 0; i < 16; ++i) {
+                ASSERT_EQ(mix[i], (a[i] * 0.6f + b[i] * 0.35f) + noise[i]) << meanStep << " " << i;
+                ++compared;
+            }
+            ASSERT_EQ(phase, phaseAlone);
+        }
+    }
+    EXPECT_EQ(compared, 3 * 20 * 16);
+}
