@@ -61,39 +61,48 @@ inline __m128 boundedFour(__m128 x) { return minOf(maxOf(x, _mm_set1_ps(1e-5f)),
 }  // namespace
 
 void WaveShape::makeFour(const float* form4, const float* freq4, WaveShape* const* out) {
-    // Every lane takes all three ways of make; each keeps the one its form
-    // chooses. The same steps as make, in the same order.
+    // Each lane keeps the way of make its form chooses; a way no lane takes
+    // is not computed. The same steps as make, in the same order.
     const __m128 one = _mm_set1_ps(1.0f), half = _mm_set1_ps(0.5f), four = _mm_set1_ps(4.0f);
     const __m128 third = _mm_set1_ps(0.33333f), twoThirds = _mm_set1_ps(0.66666f);
     const __m128 form = _mm_loadu_ps(form4), freq = _mm_loadu_ps(freq4);
     const __m128 s = _mm_mul_ps(_mm_add_ps(_mm_mul_ps(_mm_set1_ps(1.4142135f), freq), _mm_set1_ps(2.0f)), freq);
     const __m128 sine = _mm_cmplt_ps(form, third);
     const __m128 saw = _mm_andnot_ps(sine, _mm_cmplt_ps(form, twoThirds));
+    const __m128 pulse = _mm_andnot_ps(_mm_or_ps(sine, saw), _mm_castsi128_ps(_mm_set1_epi32(-1)));
+    const int sines = _mm_movemask_ps(sine), saws = _mm_movemask_ps(saw), pulses = _mm_movemask_ps(pulse);
 
-    // Up to a sawtooth.
-    const __m128 g = _mm_sub_ps(one, _mm_div_ps(form, third));
-    const __m128 fallSine = boundedFour(maxOf(s, _mm_mul_ps(_mm_mul_ps(half, g), g)));
-    // Up to a square.
-    const __m128 fallEdge = boundedFour(s);
-    const __m128 t2 = _mm_sub_ps(one, _mm_div_ps(_mm_sub_ps(form, third), third));
-    const __m128 q = _mm_mul_ps(t2, t2);
-    const __m128 h = _mm_add_ps(_mm_mul_ps(half, q), half);
-    const __m128 riseSaw = minOf(maxOf(_mm_mul_ps(_mm_sub_ps(one, q), h), fallEdge), _mm_sub_ps(one, fallEdge));
-    const __m128 topSaw = maxOf(_mm_add_ps(fallEdge, riseSaw), h);
-    // Up to a narrow pulse.
-    const __m128 t3 = _mm_sub_ps(one, _mm_div_ps(_mm_sub_ps(form, twoThirds), _mm_set1_ps(0.33334f)));
-    const __m128 p = _mm_mul_ps(half, _mm_mul_ps(t3, t3));
-    const __m128 risePulse = minOf(maxOf(p, fallEdge), _mm_sub_ps(one, fallEdge));
-    const __m128 topPulse = maxOf(_mm_add_ps(fallEdge, risePulse), p);
-
-    const __m128 fall = select(sine, fallSine, fallEdge);
-    const __m128 rise = select(sine, fallSine, select(saw, riseSaw, risePulse));
-    const __m128 top = select(sine, one, select(saw, topSaw, topPulse));
+    __m128 fall = boundedFour(s), rise = _mm_setzero_ps(), top = one;
+    if (saws) {
+        // Up to a square.
+        const __m128 t = _mm_sub_ps(one, _mm_div_ps(_mm_sub_ps(form, third), third));
+        const __m128 q = _mm_mul_ps(t, t);
+        const __m128 h = _mm_add_ps(_mm_mul_ps(half, q), half);
+        const __m128 r = minOf(maxOf(_mm_mul_ps(_mm_sub_ps(one, q), h), fall), _mm_sub_ps(one, fall));
+        rise = select(saw, r, rise);
+        top = select(saw, maxOf(_mm_add_ps(fall, r), h), top);
+    }
+    if (pulses) {
+        // Up to a narrow pulse.
+        const __m128 t = _mm_sub_ps(one, _mm_div_ps(_mm_sub_ps(form, twoThirds), _mm_set1_ps(0.33334f)));
+        const __m128 p = _mm_mul_ps(half, _mm_mul_ps(t, t));
+        const __m128 r = minOf(maxOf(p, fall), _mm_sub_ps(one, fall));
+        rise = select(pulse, r, rise);
+        top = select(pulse, maxOf(_mm_add_ps(fall, r), p), top);
+    }
+    if (sines) {
+        // Up to a sawtooth: the falling edge is the whole first stretch.
+        const __m128 g = _mm_sub_ps(one, _mm_div_ps(form, third));
+        const __m128 f = boundedFour(maxOf(s, _mm_mul_ps(_mm_mul_ps(half, g), g)));
+        fall = select(sine, f, fall);
+        rise = select(sine, f, rise);
+        top = select(sine, one, top);
+    }
     const __m128 fallGain = _mm_div_ps(four, fall);
     const __m128 riseGain = _mm_div_ps(four, select(sine, _mm_sub_ps(one, fall), _mm_sub_ps(top, rise)));
     const __m128 base = _mm_set1_ps(1.0003182f);
-    const __m128 offset = select(
-        sine, base, _mm_add_ps(_mm_add_ps(_mm_sub_ps(_mm_sub_ps(one, top), rise), fall), base));
+    const __m128 offset =
+        select(sine, base, _mm_add_ps(_mm_add_ps(_mm_sub_ps(_mm_sub_ps(one, top), rise), fall), base));
 
     alignas(16) float lanes[6][4];
     _mm_store_ps(lanes[0], fall);

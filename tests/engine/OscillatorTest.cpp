@@ -466,6 +466,24 @@ TEST(OscillatorTest, FourShapesAtOnceAreTheShapesOfEach) {
         }
     }
     EXPECT_GT(compared, 2500);
+    // Lanes that all take one way, and a lane with no form at all, which
+    // make takes the last way.
+    for (float f : {0.1f, 0.5f, 0.9f, std::nanf("")}) {
+        const float form[4] = {f, f, f, 0.2f}, freq[4] = {0.001f, 0.01f, 0.1f, 0.001f};
+        engine::WaveShape four[4];
+        engine::WaveShape* const out[4] = {&four[0], &four[1], &four[2], &four[3]};
+        engine::WaveShape::makeFour(form, freq, out);
+        // Equal, or both not a number.
+        auto same = [](float x, float y) { return x == y || (std::isnan(x) && std::isnan(y)); };
+        for (int q = 0; q < 4; ++q) {
+            const engine::WaveShape one = engine::WaveShape::make(form[q], freq[q]);
+            EXPECT_TRUE(same(four[q].fall, one.fall)) << f << " " << q;
+            EXPECT_TRUE(same(four[q].rise, one.rise)) << f << " " << q;
+            EXPECT_TRUE(same(four[q].top, one.top)) << f << " " << q;
+            EXPECT_TRUE(same(four[q].riseGain, one.riseGain)) << f << " " << q;
+            EXPECT_TRUE(same(four[q].offset, one.offset)) << f << " " << q;
+        }
+    }
 }
 
 TEST(OscillatorTest, VoiceBInOnePassIsBSwungToneAndNoise) {
