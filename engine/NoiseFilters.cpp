@@ -57,21 +57,26 @@ template <int G>
 void filterNoiseGroups(const NoiseJob* const* j) {
     __m128 K[G], Gain[G], AG[G], AC[G], S1[G], S2[G], A[G];
     for (int q = 0; q < G; ++q) {
-        alignas(16) float k[4], g[4], s1[4], s2[4], a[4], aGain[4], aCoef[4];
+        alignas(16) float k[4], fB[4], bNoise[4], quietB[4], s1[4], s2[4], a[4], aGain[4], aCoef[4];
         for (int v = 0; v < 4; ++v) {
             const NoiseJob& job = *j[4 * q + v];
             // A quiet filter has zero states: with zero coefficients its lane
             // computes +0 throughout, the zeros it would have been given.
             k[v] = job.bQuiet ? 0.0f : 1.0f - std::exp(-6.2831855f * job.fB);
-            g[v] = job.bQuiet ? 0.0f : std::sqrt(job.bNoise * 0.5f / job.fB);
+            fB[v] = job.fB;
+            bNoise[v] = job.bNoise;
+            quietB[v] = job.bQuiet ? 0.0f : 1.0f;
             s1[v] = *job.bState1;
             s2[v] = *job.bState2;
             a[v] = *job.aState;
             aGain[v] = job.aQuiet ? 0.0f : job.aGain;
             aCoef[v] = job.aQuiet ? 0.0f : job.aCoef;
         }
+        // sqrt(bNoise * 0.5 / fB) for the four at once; a quiet lane's (which
+        // may have no frequency) is dropped for 0.
+        const __m128 g = _mm_sqrt_ps(_mm_div_ps(_mm_mul_ps(_mm_load_ps(bNoise), _mm_set1_ps(0.5f)), _mm_load_ps(fB)));
         K[q] = _mm_load_ps(k);
-        Gain[q] = _mm_load_ps(g);
+        Gain[q] = _mm_and_ps(g, _mm_cmpneq_ps(_mm_load_ps(quietB), _mm_setzero_ps()));
         AG[q] = _mm_load_ps(aGain);
         AC[q] = _mm_load_ps(aCoef);
         S1[q] = _mm_load_ps(s1);
@@ -134,25 +139,24 @@ constexpr int kNoiseGroupsTogether = 3;
 }  // namespace
 
 void filterNoisesTogether(const NoiseJob* jobs, int count) {
-    // The last group is filled up with quiet lanes of their own.
-    float spareState[3][4] = {};
+    // The last group is filled up with quiet lanes: all of them may share one
+    // job, as each computes zeros and keeps zero states.
+    float spareState[3] = {};
     alignas(16) static const float silence[kFrameSamples] = {};
     alignas(16) float spareOut[kFrameSamples];
-    NoiseJob spares[4];
-    for (int s = 0; s < 4 && count % 4 != 0; ++s) {
-        spares[s].bState1 = &spareState[0][s];
-        spares[s].bState2 = &spareState[1][s];
-        spares[s].aState = &spareState[2][s];
-        spares[s].bRaw = spares[s].aRaw = silence;
-        spares[s].bOut = spares[s].aOut = spareOut;
-        spares[s].bQuiet = spares[s].aQuiet = true;
-    }
+    NoiseJob spare;
+    spare.bState1 = &spareState[0];
+    spare.bState2 = &spareState[1];
+    spare.aState = &spareState[2];
+    spare.bRaw = spare.aRaw = silence;
+    spare.bOut = spare.aOut = spareOut;
+    spare.bQuiet = spare.aQuiet = true;
     while (count > 0) {
         const int groups = std::min((count + 3) / 4, kNoiseGroupsTogether);
         const NoiseJob* lanes[4 * kNoiseGroupsTogether];
         int n = 0;
         for (; n < 4 * groups && n < count; ++n) lanes[n] = &jobs[n];
-        for (int s = 0; n < 4 * groups; ++n, ++s) lanes[n] = &spares[s];
+        for (; n < 4 * groups; ++n) lanes[n] = &spare;
         if (groups == 1)
             filterNoiseGroups<1>(lanes);
         else if (groups == 2)
