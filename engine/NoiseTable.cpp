@@ -1,7 +1,6 @@
 #include "engine/NoiseTable.h"
 
 #include <cmath>
-#include <cstring>
 
 namespace engine {
 
@@ -26,15 +25,6 @@ NoiseTable::NoiseTable() {
 const NoiseTable& NoiseTable::instance() {
     static const NoiseTable table;
     return table;
-}
-
-void NoiseTable::read(uint32_t& random, float* out) const {
-    const uint32_t x = random * 0x569CF9F3u - 0x06DC3E2Fu;
-    random = (x << 1) | (x >> 31);
-    for (uint32_t j = 1; j <= 4; ++j) {
-        const uint32_t start = (j * random) >> 22;
-        std::memcpy(out + (j - 1) * 4, values_ + start, 4 * sizeof(float));
-    }
 }
 
 }  // namespace engine
