@@ -353,6 +353,8 @@ void ChorusReverb::process(const float* in, float* outLeft, float* outRight, flo
 
     // The diffusers of four samples, lane by sample, when none of their runs
     // wraps; else one sample at a time.
+    __m128 restingDiffGain[DIFFUSERS];
+    for (int j = 0; j < DIFFUSERS; ++j) restingDiffGain[j] = _mm_set1_ps(gainAt[0][13 + j]);
     const auto diffuseFour = [&](int n, __m128 L, __m128 R) {
         const __m128i at = _mm_set1_epi32(int32_t(start + uint32_t(n)));
         const __m128i pos0 =
@@ -369,11 +371,17 @@ void ChorusReverb::process(const float* in, float* outLeft, float* outRight, flo
         const Lanes p0(pos0), p4(pos4);
         const uint32_t p[7] = {p0[0], p0[1], p0[2], p0[3], p4[0], p4[1], p4[2]};
         __m128 rd[DIFFUSERS], g[DIFFUSERS];
-        for (int j = 0; j < DIFFUSERS; ++j) {
-            rd[j] = _mm_loadu_ps(ring.buf + p[j + 1]);
-            const int e = 13 + j;
-            g[j] = gainsSettled ? _mm_set1_ps(gainAt[0][e])
-                                : _mm_setr_ps(gainAt[n][e], gainAt[n + 1][e], gainAt[n + 2][e], gainAt[n + 3][e]);
+#pragma GCC unroll 6
+        for (int j = 0; j < DIFFUSERS; ++j) rd[j] = _mm_loadu_ps(ring.buf + p[j + 1]);
+        if (gainsSettled) {
+#pragma GCC unroll 6
+            for (int j = 0; j < DIFFUSERS; ++j) g[j] = restingDiffGain[j];
+        } else {
+#pragma GCC unroll 6
+            for (int j = 0; j < DIFFUSERS; ++j) {
+                const int e = 13 + j;
+                g[j] = _mm_setr_ps(gainAt[n][e], gainAt[n + 1][e], gainAt[n + 2][e], gainAt[n + 3][e]);
+            }
         }
         const __m128 u0 = _mm_sub_ps(rd[0], _mm_mul_ps(g[0], L));
         const __m128 w0 = _mm_add_ps(_mm_mul_ps(g[0], u0), L);
