@@ -57,31 +57,29 @@ template <int G>
 void filterNoiseGroups(const NoiseJob* const* j) {
     __m128 K[G], Gain[G], AG[G], AC[G], S1[G], S2[G], A[G];
     for (int q = 0; q < G; ++q) {
-        alignas(16) float k[4], fB[4], bNoise[4], quietB[4], s1[4], s2[4], a[4], aGain[4], aCoef[4];
-        for (int v = 0; v < 4; ++v) {
-            const NoiseJob& job = *j[4 * q + v];
-            // A quiet filter has zero states: with zero coefficients its lane
-            // computes +0 throughout, the zeros it would have been given.
-            k[v] = job.bQuiet ? 0.0f : 1.0f - std::exp(-6.2831855f * job.fB);
-            fB[v] = job.fB;
-            bNoise[v] = job.bNoise;
-            quietB[v] = job.bQuiet ? 0.0f : 1.0f;
-            s1[v] = *job.bState1;
-            s2[v] = *job.bState2;
-            a[v] = *job.aState;
-            aGain[v] = job.aQuiet ? 0.0f : job.aGain;
-            aCoef[v] = job.aQuiet ? 0.0f : job.aCoef;
-        }
+        const NoiseJob& j0 = *j[4 * q];
+        const NoiseJob& j1 = *j[4 * q + 1];
+        const NoiseJob& j2 = *j[4 * q + 2];
+        const NoiseJob& j3 = *j[4 * q + 3];
+        // A quiet filter has zero states: with zero coefficients its lane
+        // computes +0 throughout, the zeros it would have been given.
+        auto k = [](const NoiseJob& job) { return job.bQuiet ? 0.0f : 1.0f - std::exp(-6.2831855f * job.fB); };
+        auto aGain = [](const NoiseJob& job) { return job.aQuiet ? 0.0f : job.aGain; };
+        auto aCoef = [](const NoiseJob& job) { return job.aQuiet ? 0.0f : job.aCoef; };
         // sqrt(bNoise * 0.5 / fB) for the four at once; a quiet lane's (which
         // may have no frequency) is dropped for 0.
-        const __m128 g = _mm_sqrt_ps(_mm_div_ps(_mm_mul_ps(_mm_load_ps(bNoise), _mm_set1_ps(0.5f)), _mm_load_ps(fB)));
-        K[q] = _mm_load_ps(k);
-        Gain[q] = _mm_and_ps(g, _mm_cmpneq_ps(_mm_load_ps(quietB), _mm_setzero_ps()));
-        AG[q] = _mm_load_ps(aGain);
-        AC[q] = _mm_load_ps(aCoef);
-        S1[q] = _mm_load_ps(s1);
-        S2[q] = _mm_load_ps(s2);
-        A[q] = _mm_load_ps(a);
+        const __m128 g = _mm_sqrt_ps(_mm_div_ps(
+            _mm_mul_ps(_mm_setr_ps(j0.bNoise, j1.bNoise, j2.bNoise, j3.bNoise), _mm_set1_ps(0.5f)),
+            _mm_setr_ps(j0.fB, j1.fB, j2.fB, j3.fB)));
+        const __m128 sounding = _mm_castsi128_ps(
+            _mm_setr_epi32(j0.bQuiet ? 0 : -1, j1.bQuiet ? 0 : -1, j2.bQuiet ? 0 : -1, j3.bQuiet ? 0 : -1));
+        K[q] = _mm_setr_ps(k(j0), k(j1), k(j2), k(j3));
+        Gain[q] = _mm_and_ps(g, sounding);
+        AG[q] = _mm_setr_ps(aGain(j0), aGain(j1), aGain(j2), aGain(j3));
+        AC[q] = _mm_setr_ps(aCoef(j0), aCoef(j1), aCoef(j2), aCoef(j3));
+        S1[q] = _mm_setr_ps(*j0.bState1, *j1.bState1, *j2.bState1, *j3.bState1);
+        S2[q] = _mm_setr_ps(*j0.bState2, *j1.bState2, *j2.bState2, *j3.bState2);
+        A[q] = _mm_setr_ps(*j0.aState, *j1.aState, *j2.aState, *j3.aState);
     }
     for (int i = 0; i < kFrameSamples; i += 4) {
         // Four samples of four voices, turned so that each register holds

@@ -171,27 +171,27 @@ void Voice::renderGroup(Voice* const* v, int count, const VoiceBlock& b) {
         }
         // The wave shapes four voices at a time, each oscillator's once its
         // frequency is known.
-        float form[4], freq[4];
         WaveShape spare;
         WaveShape* shapes[4];
+        // Lanes past the last voice repeat it and go to the spare.
+        auto lane = [&](int j, int q, WaveShape FrameWork::*shape) {
+            const int k = sharing[std::min(j + q, n - 1)];
+            shapes[q] = j + q < n ? &(work[k].*shape) : &spare;
+            return k;
+        };
         for (int j = 0; j < n; j += 4) {
-            for (int q = 0; q < 4; ++q) {
-                const int k = sharing[std::min(j + q, n - 1)];
-                form[q] = v[k]->bForm;
-                freq[q] = work[k].fB;
-                shapes[q] = j + q < n ? &work[k].shapeB : &spare;
-            }
-            WaveShape::makeFour(form, freq, shapes);
+            const int k0 = lane(j, 0, &FrameWork::shapeB), k1 = lane(j, 1, &FrameWork::shapeB);
+            const int k2 = lane(j, 2, &FrameWork::shapeB), k3 = lane(j, 3, &FrameWork::shapeB);
+            WaveShape::makeFour(_mm_setr_ps(v[k0]->bForm, v[k1]->bForm, v[k2]->bForm, v[k3]->bForm),
+                                _mm_setr_ps(work[k0].fB, work[k1].fB, work[k2].fB, work[k3].fB), shapes);
         }
         for (int j = 0; j < n; ++j) v[sharing[j]]->frameSourceB(work[sharing[j]]);
         for (int j = 0; j < n; j += 4) {
-            for (int q = 0; q < 4; ++q) {
-                const int k = sharing[std::min(j + q, n - 1)];
-                form[q] = v[k]->aForm;
-                freq[q] = v[k]->meanStep;
-                shapes[q] = j + q < n ? &work[k].shapeA : &spare;
-            }
-            WaveShape::makeFour(form, freq, shapes);
+            const int k0 = lane(j, 0, &FrameWork::shapeA), k1 = lane(j, 1, &FrameWork::shapeA);
+            const int k2 = lane(j, 2, &FrameWork::shapeA), k3 = lane(j, 3, &FrameWork::shapeA);
+            WaveShape::makeFour(_mm_setr_ps(v[k0]->aForm, v[k1]->aForm, v[k2]->aForm, v[k3]->aForm),
+                                _mm_setr_ps(v[k0]->meanStep, v[k1]->meanStep, v[k2]->meanStep, v[k3]->meanStep),
+                                shapes);
         }
         for (int j = 0; j < n; ++j) v[sharing[j]]->frameSourceA(work[sharing[j]]);
         if (n == 1) {

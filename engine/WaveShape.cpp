@@ -60,12 +60,11 @@ inline __m128 boundedFour(__m128 x) { return minOf(maxOf(x, _mm_set1_ps(1e-5f)),
 
 }  // namespace
 
-void WaveShape::makeFour(const float* form4, const float* freq4, WaveShape* const* out) {
+void WaveShape::makeFour(__m128 form, __m128 freq, WaveShape* const* out) {
     // Each lane keeps the way of make its form chooses; a way no lane takes
     // is not computed. The same steps as make, in the same order.
     const __m128 one = _mm_set1_ps(1.0f), half = _mm_set1_ps(0.5f), four = _mm_set1_ps(4.0f);
     const __m128 third = _mm_set1_ps(0.33333f), twoThirds = _mm_set1_ps(0.66666f);
-    const __m128 form = _mm_loadu_ps(form4), freq = _mm_loadu_ps(freq4);
     const __m128 s = _mm_mul_ps(_mm_add_ps(_mm_mul_ps(_mm_set1_ps(1.4142135f), freq), _mm_set1_ps(2.0f)), freq);
     const __m128 sine = _mm_cmplt_ps(form, third);
     const __m128 saw = _mm_andnot_ps(sine, _mm_cmplt_ps(form, twoThirds));

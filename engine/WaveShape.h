@@ -21,8 +21,8 @@ struct WaveShape {
 
     // Once per frame per oscillator; freq in cycles per sample.
     static WaveShape make(float form, float freq);
-    // Four at once: the shapes make gives for each form and freq.
-    static void makeFour(const float* form4, const float* freq4, WaveShape* const* out4);
+    // Four at once: the shapes make gives for each lane's form and freq.
+    static void makeFour(__m128 form, __m128 freq, WaveShape* const* out4);
 
     // Four phases in 0 to 1 at once: only minimum, maximum, multiply and add.
     __m128 shape(__m128 phase) const;
