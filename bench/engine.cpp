@@ -13,6 +13,7 @@
 #include "engine/OutputStage.h"
 #include "engine/SoundEngine.h"
 #include "engine/Voice.h"
+#include "patch/FactoryPatches.h"
 #include "patch/GeneTable.h"
 #include "patch/MidiConfigRecord.h"
 #include "patch/NorvelleProgram.h"
@@ -148,19 +149,17 @@ void BM_Engine12Held(benchmark::State& state) {
 }
 BENCHMARK(BM_Engine12Held)->ArgNames({"reverb", "rate"})->ArgsProduct({{0, 1}, {44100, 96000}});
 
-// The same with the plain Init patch (no noise, no FM; its own reverb mix).
-void BM_Engine12HeldInit(benchmark::State& state) {
-    const float rate = float(state.range(0));
+// Twelve notes held through the engine with a given record.
+void engineHeld(benchmark::State& state, const NorvelleProgram& p, float rate, int firstNote, int noteStep) {
     auto engine = std::make_unique<SoundEngine>();
     engine->init(rate, 1);
-    NorvelleProgram p;
     MidiConfigRecord config;
     std::vector<TimedEvent> notes;
     for (int i = 0; i < 12; ++i) {
         TimedEvent e;
         e.time = i;
         e.status = 0x90;
-        e.data1 = uint8_t(48 + i);
+        e.data1 = uint8_t(firstNote + i * noteStep);
         e.data2 = 100;
         notes.push_back(e);
     }
@@ -174,7 +173,19 @@ void BM_Engine12HeldInit(benchmark::State& state) {
     }
     setCounters(state, 12, rate);
 }
+
+// The same with the plain Init patch (no noise, no FM; its own reverb mix).
+void BM_Engine12HeldInit(benchmark::State& state) {
+    engineHeld(state, NorvelleProgram(), float(state.range(0)), 48, 1);
+}
 BENCHMARK(BM_Engine12HeldInit)->ArgName("rate")->Arg(44100)->Arg(96000);
+
+// Each factory patch, twelve notes over an octave and a half, at 44.1 kHz:
+// patches as users hear them, reverb included.
+void BM_Engine12HeldFactory(benchmark::State& state) {
+    engineHeld(state, factoryProgram(int(state.range(0))), 44100.0f, 48, 2);
+}
+BENCHMARK(BM_Engine12HeldFactory)->ArgName("patch")->DenseRange(0, 15);
 
 void BM_ReverbOnly(benchmark::State& state) {
     const float rate = float(state.range(0));

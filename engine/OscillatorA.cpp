@@ -5,6 +5,7 @@
 #include "engine/FrameSize.h"
 #include "engine/Oversampling.h"
 #include "engine/PhaseWrap.h"
+#include "engine/WideOscillators.h"
 
 namespace engine {
 
@@ -37,6 +38,7 @@ void renderOscillatorA(float& aPhase, const float* step, float meanStep, const W
 
 void renderVoiceA(float& aPhase, const float* step, float meanStep, const WaveShape& shape, float aGain,
                   const float* b, float bGain, const float* noise, float* out) {
+    if (wide::available()) return wide::renderVoiceA(aPhase, step, meanStep, shape, aGain, b, bGain, noise, out);
     const __m128 ga = _mm_set1_ps(aGain), gb = _mm_set1_ps(bGain);
     runOscillatorA(aPhase, step, meanStep, shape, [=](int i, __m128 a) {
         _mm_storeu_ps(out + i, _mm_add_ps(_mm_add_ps(_mm_mul_ps(a, ga), _mm_mul_ps(_mm_loadu_ps(b + i), gb)),

@@ -3,6 +3,7 @@
 #include "engine/FrameSize.h"
 #include "engine/Oversampling.h"
 #include "engine/PhaseWrap.h"
+#include "engine/WideOscillators.h"
 #include "engine/SubOscillator.h"
 
 namespace engine {
@@ -32,6 +33,7 @@ void renderOscillatorB(float bPhase, float fB, const WaveShape& shape, float* ou
 
 void renderVoiceB(float bPhase, float subPhase, float fB, const WaveShape& shape, float subAmount, float tone,
                   const float* noise, float* out) {
+    if (wide::available()) return wide::renderVoiceB(bPhase, subPhase, fB, shape, subAmount, tone, noise, out);
     const bool swing = !(subAmount < 1e-5f);
     const __m128 subStart = _mm_set1_ps(subPhase), half = _mm_set1_ps(fB / 2.0f), amount = _mm_set1_ps(subAmount);
     const __m128 gain = _mm_set1_ps(tone);

@@ -14,6 +14,7 @@
 #include "engine/SampleAndHold.h"
 #include "engine/SubOscillator.h"
 #include "engine/WaveShape.h"
+#include "engine/WideOscillators.h"
 
 using namespace engine;
 
@@ -534,4 +535,40 @@ TEST(OscillatorTest, VoiceAInOnePassIsTheMixOfAWithBAndNoise) {
         }
     }
     EXPECT_EQ(compared, 3 * 20 * 16);
+}
+
+TEST(OscillatorTest, WideLoopsSoundAsTheFourSampleLoops) {
+    if (!engine::wide::available()) GTEST_SKIP() << "this processor has no 256-bit registers";
+    const engine::NoiseTable& table = engine::NoiseTable::instance();
+    uint32_t random = 2024;
+    float phaseA = 0.0f, phaseRef = 0.0f;
+    int compared = 0;
+    for (int frame = 0; frame < 3000; ++frame) {
+        alignas(16) float b[16], noise[16], step[16], wide[16], narrow[16], a[16];
+        table.read(random, b);
+        table.read(random, noise);
+        // Frequencies for one, two and three points; deep modulation that
+        // runs the phase backwards; forms of every way.
+        const float f = 0.0005f * float(1 + frame % 97);
+        const float form = float(frame % 101) / 100.0f;
+        const float depth = float(frame % 7) * 0.5f;
+        for (int i = 0; i < 16; ++i) step[i] = f * (1.0f + depth * b[i]);
+        const engine::WaveShape shapeA = engine::WaveShape::make(form, f);
+        engine::wide::renderVoiceA(phaseA, step, f, shapeA, 0.6f, b, -0.3f, noise, wide);
+        engine::renderOscillatorA(phaseRef, step, f, shapeA, a);
+        for (int i = 0; i < 16; ++i) narrow[i] = (a[i] * 0.6f + b[i] * -0.3f) + noise[i];
+        for (int i = 0; i < 16; ++i) ASSERT_EQ(wide[i], narrow[i]) << frame << " " << i;
+        ASSERT_EQ(phaseA, phaseRef) << frame;
+
+        const float subPhase = float(frame % 13) / 13.0f;
+        const float amount = float(frame % 5) * 0.25f;
+        const engine::WaveShape shapeB = engine::WaveShape::make(1.0f - form, f);
+        const float bPhase = engine::bPhaseFromSubPhase(subPhase);
+        engine::wide::renderVoiceB(bPhase, subPhase, f, shapeB, amount, 0.8f, noise, wide);
+        engine::renderOscillatorB(bPhase, f, shapeB, a);
+        engine::applySubOscillator(a, subPhase, f, amount);
+        for (int i = 0; i < 16; ++i) ASSERT_EQ(wide[i], a[i] * 0.8f + noise[i]) << frame << " " << i;
+        compared += 32;
+    }
+    EXPECT_EQ(compared, 3000 * 32);
 }
