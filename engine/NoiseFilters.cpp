@@ -7,6 +7,7 @@
 
 #include "engine/Denormal.h"
 #include "engine/FrameSize.h"
+#include "engine/WideFilters.h"
 
 namespace engine {
 
@@ -137,6 +138,7 @@ constexpr int kNoiseGroupsTogether = 3;
 }  // namespace
 
 void filterNoisesTogether(const NoiseJob* jobs, int count) {
+    if (wide::available()) return wide::filterNoisesTogether(jobs, count);
     // The last group is filled up with quiet lanes: all of them may share one
     // job, as each computes zeros and keeps zero states.
     float spareState[3] = {};

@@ -6,6 +6,7 @@
 
 #include "engine/Denormal.h"
 #include "engine/FrameSize.h"
+#include "engine/WideFilters.h"
 
 namespace engine {
 
@@ -175,6 +176,7 @@ void filterUpTo(int registers, const FilterVoice* const* lanes) {
 }  // namespace
 
 void renderFilterVoices(const FilterVoice* voices, int count) {
+    if (wide::available()) return wide::renderFilterVoices(voices, count);
     // An odd voice out gets a silent partner with states of its own.
     float spareLow[2] = {}, spareBand[2] = {};
     alignas(16) static const float silence[kFrameSamples] = {};

@@ -124,7 +124,8 @@ void Voice::renderFour(Voice& w, Voice& x, Voice& y, Voice& z, const VoiceBlock&
 }
 
 void Voice::renderAll(Voice* const* voices, int count, const VoiceBlock& b) {
-    for (; count > 0; voices += MAX_TOGETHER, count -= MAX_TOGETHER) renderGroup(voices, std::min(count, MAX_TOGETHER), b);
+    for (; count > 0; voices += MAX_TOGETHER, count -= MAX_TOGETHER)
+        renderGroup(voices, std::min(count, MAX_TOGETHER), b);
 }
 
 void Voice::renderGroup(Voice* const* v, int count, const VoiceBlock& b) {

@@ -1,26 +1,17 @@
 #include "engine/WideOscillators.h"
 
-#include <immintrin.h>
-
 #include <cmath>
 
 #include "engine/FrameSize.h"
 #include "engine/Oversampling.h"
+#include "engine/WideLanes.h"
 
-// Every function that touches a 256-bit register carries the target
-// attribute: the rest of the program stays free of such instructions, and
-// the processor check decides whether these run at all.
-#define WIDE __attribute__((target("avx"), always_inline)) inline
-#define WIDE_ENTRY __attribute__((target("avx")))
+#define WIDE TENDRANE_WIDE
+#define WIDE_ENTRY TENDRANE_WIDE_ENTRY
 
 namespace engine::wide {
 
 namespace {
-
-WIDE __m256 add(__m256 a, __m256 b) { return _mm256_add_ps(a, b); }
-WIDE __m256 sub(__m256 a, __m256 b) { return _mm256_sub_ps(a, b); }
-WIDE __m256 mul(__m256 a, __m256 b) { return _mm256_mul_ps(a, b); }
-WIDE __m256 all(float x) { return _mm256_set1_ps(x); }
 
 // The phase wrap of the four-sample loops, on eight.
 WIDE __m256 wrapPhase8(__m256 p) {
@@ -68,22 +59,7 @@ WIDE __m256 swing8(__m256 index, __m256 subPhase, __m256 halfStep, __m256 amount
     return add(mul(s, amount), all(1.0f));
 }
 
-bool processorRunsAvx() {
-#if defined(__GNUC__) && (defined(__x86_64__) || defined(__i386__))
-    // The check covers the system too: it must save the wide registers.
-    __builtin_cpu_init();
-    return __builtin_cpu_supports("avx");
-#else
-    return false;
-#endif
-}
-
 }  // namespace
-
-bool available() {
-    static const bool runs = processorRunsAvx();
-    return runs;
-}
 
 WIDE_ENTRY void renderVoiceA(float& aPhase, const float* step, float meanStep, const WaveShape& shape, float aGain,
                              const float* b, float bGain, const float* noise, float* out) {

@@ -1,15 +1,13 @@
 // The voice's two oscillator loops eight samples at a time, for processors
-// with 256-bit registers (checked once, at run time). They take the same
-// steps on every sample as the four-sample loops, so a voice sounds the same
-// bit for bit on any x86 processor; only the speed differs.
+// with 256-bit registers. They take the same steps on every sample as the
+// four-sample loops, so a voice sounds the same bit for bit on any x86
+// processor; only the speed differs.
 #pragma once
 
 #include "engine/WaveShape.h"
+#include "engine/WideProcessor.h"
 
 namespace engine::wide {
-
-// True when this processor and its system run the eight-sample loops.
-bool available();
 
 // The same as engine::renderVoiceA and engine::renderVoiceB; call only when
 // available().

@@ -8,6 +8,7 @@
 
 #include "engine/StateVariableFilter.h"
 #include "tests/engine/FloatingPointMode.h"
+#include "tests/engine/WideLoops.h"
 
 using namespace engine;
 
@@ -142,69 +143,81 @@ TEST(FilterTest, SameOutputWithAndWithoutFlushToZeroAndNoDenormalsAfterSilence) 
 }
 
 TEST(FilterTest, CoefficientsForFourAtOnceAreTheCoefficientsOfEach) {
-    // Through the voices' filters: a voice alone in its register and the
-    // same voice among others must hear the same, over cut-offs from the
-    // bottom to the top of the range and damping of every sign.
-    for (float f : {0.0f, 1e-6f, 0.0005f, 0.01f, 0.123f, 0.3f, 0.49f}) {
-        for (float damp : {-6.0f, -1.0f, 0.0f, 0.5f}) {
-            const FilterCoefficients k = filterCoefficients(f, damp);
-            float low[2] = {0.25f, -0.5f}, band[2] = {1.0f, 2.0f};
-            float lowAlone[2] = {0.25f, -0.5f}, bandAlone[2] = {1.0f, 2.0f};
-            alignas(16) float in[16], out[16], alone[16];
-            for (int i = 0; i < 16; ++i) in[i] = std::sin(0.7f * float(i));
-            FilterVoice v;
-            v.low = low;
-            v.band = band;
-            v.f1 = v.f2 = f;
-            v.logDamp = damp;
-            v.in = in;
-            v.out = out;
-            renderFilterVoices(&v, 1);
-            renderFilterPair(lowAlone, bandAlone, k, k, in, alone);
-            for (int i = 0; i < 16; ++i) ASSERT_EQ(out[i], alone[i]) << f << " " << damp << " " << i;
+    // The four-lane loops, and the eight-lane ones where they run.
+    for (bool wide : testsupport::WideLoops::ways()) {
+        testsupport::WideLoops loops(wide);
+        SCOPED_TRACE(wide ? "eight lanes" : "four lanes");
+        // Through the voices' filters: a voice alone in its register and the
+        // same voice among others must hear the same, over cut-offs from the
+        // bottom to the top of the range and damping of every sign.
+        for (float f : {0.0f, 1e-6f, 0.0005f, 0.01f, 0.123f, 0.3f, 0.49f}) {
+            for (float damp : {-6.0f, -1.0f, 0.0f, 0.5f}) {
+                const FilterCoefficients k = filterCoefficients(f, damp);
+                float low[2] = {0.25f, -0.5f}, band[2] = {1.0f, 2.0f};
+                float lowAlone[2] = {0.25f, -0.5f}, bandAlone[2] = {1.0f, 2.0f};
+                alignas(16) float in[16], out[16], alone[16];
+                for (int i = 0; i < 16; ++i) in[i] = std::sin(0.7f * float(i));
+                FilterVoice v;
+                v.low = low;
+                v.band = band;
+                v.f1 = v.f2 = f;
+                v.logDamp = damp;
+                v.in = in;
+                v.out = out;
+                renderFilterVoices(&v, 1);
+                renderFilterPair(lowAlone, bandAlone, k, k, in, alone);
+                for (int i = 0; i < 16; ++i) ASSERT_EQ(out[i], alone[i]) << f << " " << damp << " " << i;
+            }
         }
     }
 }
 
 TEST(FilterTest, AnyNumberOfVoicesTogetherGetWhatEachGetsAlone) {
-    // Odd counts leave a lane pair spare; 13 and 20 take more than one loop.
-    for (int count : {1, 2, 3, 4, 5, 7, 12, 13, 20}) {
-        const std::size_t n = static_cast<std::size_t>(count);
-        std::vector<float> in = noise(n * 256, 3.0f + float(count));
-        std::vector<std::array<float, 2>> low(n), band(n);
-        for (std::size_t v = 0; v < n; ++v) {
-            low[v] = {0.05f * float(v), -0.1f};
-            band[v] = {float(v % 5) * 8.0f - 16.0f, 0.3f};  // the saturation's edges too
-        }
-        auto lowAlone = low, bandAlone = band;
-        struct alignas(16) Frame {
-            float in[16], out[16], alone[16];
-        };
-        std::vector<Frame> frames(n);
-        for (std::size_t i = 0; i < 256; i += 16) {
-            std::vector<FilterVoice> voices(n);
+    // The four-lane loops, and the eight-lane ones where they run.
+    for (bool wide : testsupport::WideLoops::ways()) {
+        testsupport::WideLoops loops(wide);
+        SCOPED_TRACE(wide ? "eight lanes" : "four lanes");
+        // Odd counts leave a lane pair spare; 13 and 20 take more than one loop.
+        for (int count : {1, 2, 3, 4, 5, 7, 12, 13, 20}) {
+            const std::size_t n = static_cast<std::size_t>(count);
+            std::vector<float> in = noise(n * 256, 3.0f + float(count));
+            std::vector<std::array<float, 2>> low(n), band(n);
             for (std::size_t v = 0; v < n; ++v) {
-                std::copy(&in[v * 256 + i], &in[v * 256 + i] + 16, frames[v].in);
-                voices[v].low = low[v].data();
-                voices[v].band = band[v].data();
-                voices[v].f1 = 0.0005f + 0.02f * float(v);
-                voices[v].f2 = 0.49f - 0.02f * float(v);
-                voices[v].logDamp = -1.5f + 0.1f * float(v);
-                voices[v].in = frames[v].in;
-                voices[v].out = frames[v].out;
+                low[v] = {0.05f * float(v), -0.1f};
+                band[v] = {float(v % 5) * 8.0f - 16.0f, 0.3f};  // the saturation's edges too
             }
-            renderFilterVoices(voices.data(), count);
+            auto lowAlone = low, bandAlone = band;
+            struct alignas(16) Frame {
+                float in[16], out[16], alone[16];
+            };
+            std::vector<Frame> frames(n);
+            for (std::size_t i = 0; i < 256; i += 16) {
+                std::vector<FilterVoice> voices(n);
+                for (std::size_t v = 0; v < n; ++v) {
+                    std::copy(&in[v * 256 + i], &in[v * 256 + i] + 16, frames[v].in);
+                    voices[v].low = low[v].data();
+                    voices[v].band = band[v].data();
+                    voices[v].f1 = 0.0005f + 0.02f * float(v);
+                    voices[v].f2 = 0.49f - 0.02f * float(v);
+                    voices[v].logDamp = -1.5f + 0.1f * float(v);
+                    voices[v].in = frames[v].in;
+                    voices[v].out = frames[v].out;
+                }
+                renderFilterVoices(voices.data(), count);
+                for (std::size_t v = 0; v < n; ++v) {
+                    renderFilterPair(lowAlone[v].data(), bandAlone[v].data(),
+                                     filterCoefficients(voices[v].f1, voices[v].logDamp),
+                                     filterCoefficients(voices[v].f2, voices[v].logDamp), frames[v].in,
+                                     frames[v].alone);
+                    for (int k = 0; k < 16; ++k)
+                        ASSERT_EQ(frames[v].out[k], frames[v].alone[k]) << count << " " << v << " " << k;
+                }
+            }
             for (std::size_t v = 0; v < n; ++v) {
-                renderFilterPair(lowAlone[v].data(), bandAlone[v].data(),
-                                 filterCoefficients(voices[v].f1, voices[v].logDamp),
-                                 filterCoefficients(voices[v].f2, voices[v].logDamp), frames[v].in, frames[v].alone);
-                for (int k = 0; k < 16; ++k) ASSERT_EQ(frames[v].out[k], frames[v].alone[k]) << count << " " << v << " " << k;
+                EXPECT_EQ(low[v], lowAlone[v]) << count << " " << v;
+                EXPECT_EQ(band[v], bandAlone[v]) << count << " " << v;
+                EXPECT_NE(low[v][0], 0.0f);
             }
-        }
-        for (std::size_t v = 0; v < n; ++v) {
-            EXPECT_EQ(low[v], lowAlone[v]) << count << " " << v;
-            EXPECT_EQ(band[v], bandAlone[v]) << count << " " << v;
-            EXPECT_NE(low[v][0], 0.0f);
         }
     }
 }

@@ -15,6 +15,7 @@
 #include "engine/SubOscillator.h"
 #include "engine/WaveShape.h"
 #include "engine/WideOscillators.h"
+#include "tests/engine/WideLoops.h"
 
 using namespace engine;
 
@@ -279,158 +280,173 @@ TEST(OscillatorTest, BothNoiseFiltersAtOnceMatchEachAlone) {
 }
 
 TEST(OscillatorTest, FourVoicesNoiseFiltersInLanesGetWhatEachGetsAlone) {
-    const engine::NoiseTable& table = engine::NoiseTable::instance();
-    uint32_t random[4] = {1, 99, 12345, 4000000000u};
-    const float fB[4] = {0.001f, 0.05f, 0.2f, 0.4999f};
-    const float bNoise[4] = {0.5f, 1.0f, 0.01f, 2.0f};
-    const float aGain[4] = {0.3f, 0.0f, 1.5f, 0.7f};
-    const float aCoef[4] = {0.9f, 0.5f, 0.01f, 1.0f};
-    float b1[4] = {0.2f, 0.0f, -1.0f, 0.5f}, b2[4] = {0.0f, 0.3f, 0.0f, -0.25f}, a[4] = {0.1f, 0.0f, 0.0f, 2.0f};
-    float b1Alone[4], b2Alone[4], aAlone[4];
-    std::copy(b1, b1 + 4, b1Alone);
-    std::copy(b2, b2 + 4, b2Alone);
-    std::copy(a, a + 4, aAlone);
-    for (int frame = 0; frame < 200; ++frame) {
-        alignas(16) float rawB[4][16], rawA[4][16], bOut[4][16], aOut[4][16];
-        alignas(16) float bAlone[16], aAloneOut[16];
-        engine::NoiseJob jobs[4];
-        for (int v = 0; v < 4; ++v) {
-            table.read(random[v], rawB[v]);
-            table.read(random[v], rawA[v]);
-            jobs[v].bState1 = &b1[v];
-            jobs[v].bState2 = &b2[v];
-            jobs[v].bRaw = rawB[v];
-            jobs[v].fB = fB[v];
-            jobs[v].bNoise = bNoise[v];
-            jobs[v].aState = &a[v];
-            jobs[v].aRaw = rawA[v];
-            jobs[v].aGain = aGain[v];
-            jobs[v].aCoef = aCoef[v];
-            jobs[v].bOut = bOut[v];
-            jobs[v].aOut = aOut[v];
-        }
-        engine::filterNoisesTogether(jobs, 4);
-        for (int v = 0; v < 4; ++v) {
-            engine::filterNoises(b1Alone[v], b2Alone[v], rawB[v], fB[v], bNoise[v], aAlone[v], rawA[v], aGain[v],
-                                 aCoef[v], bAlone, aAloneOut);
-            for (int i = 0; i < 16; ++i) {
-                ASSERT_EQ(bOut[v][i], bAlone[i]) << frame << " " << v << " " << i;
-                ASSERT_EQ(aOut[v][i], aAloneOut[i]) << frame << " " << v << " " << i;
+    // The four-lane loops, and the eight-lane ones where they run.
+    for (bool wide : testsupport::WideLoops::ways()) {
+        testsupport::WideLoops loops(wide);
+        SCOPED_TRACE(wide ? "eight lanes" : "four lanes");
+        const engine::NoiseTable& table = engine::NoiseTable::instance();
+        uint32_t random[4] = {1, 99, 12345, 4000000000u};
+        const float fB[4] = {0.001f, 0.05f, 0.2f, 0.4999f};
+        const float bNoise[4] = {0.5f, 1.0f, 0.01f, 2.0f};
+        const float aGain[4] = {0.3f, 0.0f, 1.5f, 0.7f};
+        const float aCoef[4] = {0.9f, 0.5f, 0.01f, 1.0f};
+        float b1[4] = {0.2f, 0.0f, -1.0f, 0.5f}, b2[4] = {0.0f, 0.3f, 0.0f, -0.25f}, a[4] = {0.1f, 0.0f, 0.0f, 2.0f};
+        float b1Alone[4], b2Alone[4], aAlone[4];
+        std::copy(b1, b1 + 4, b1Alone);
+        std::copy(b2, b2 + 4, b2Alone);
+        std::copy(a, a + 4, aAlone);
+        for (int frame = 0; frame < 200; ++frame) {
+            alignas(16) float rawB[4][16], rawA[4][16], bOut[4][16], aOut[4][16];
+            alignas(16) float bAlone[16], aAloneOut[16];
+            engine::NoiseJob jobs[4];
+            for (int v = 0; v < 4; ++v) {
+                table.read(random[v], rawB[v]);
+                table.read(random[v], rawA[v]);
+                jobs[v].bState1 = &b1[v];
+                jobs[v].bState2 = &b2[v];
+                jobs[v].bRaw = rawB[v];
+                jobs[v].fB = fB[v];
+                jobs[v].bNoise = bNoise[v];
+                jobs[v].aState = &a[v];
+                jobs[v].aRaw = rawA[v];
+                jobs[v].aGain = aGain[v];
+                jobs[v].aCoef = aCoef[v];
+                jobs[v].bOut = bOut[v];
+                jobs[v].aOut = aOut[v];
             }
-            ASSERT_EQ(b1[v], b1Alone[v]);
-            ASSERT_EQ(b2[v], b2Alone[v]);
-            ASSERT_EQ(a[v], aAlone[v]);
+            engine::filterNoisesTogether(jobs, 4);
+            for (int v = 0; v < 4; ++v) {
+                engine::filterNoises(b1Alone[v], b2Alone[v], rawB[v], fB[v], bNoise[v], aAlone[v], rawA[v], aGain[v],
+                                     aCoef[v], bAlone, aAloneOut);
+                for (int i = 0; i < 16; ++i) {
+                    ASSERT_EQ(bOut[v][i], bAlone[i]) << frame << " " << v << " " << i;
+                    ASSERT_EQ(aOut[v][i], aAloneOut[i]) << frame << " " << v << " " << i;
+                }
+                ASSERT_EQ(b1[v], b1Alone[v]);
+                ASSERT_EQ(b2[v], b2Alone[v]);
+                ASSERT_EQ(a[v], aAlone[v]);
+            }
         }
+        EXPECT_NE(b2[1], 0.0f);
     }
-    EXPECT_NE(b2[1], 0.0f);
 }
 
 TEST(OscillatorTest, QuietNoiseFiltersAmongFourGiveZerosAndKeepTheirStates) {
-    const engine::NoiseTable& table = engine::NoiseTable::instance();
-    uint32_t random = 77;
-    float b1[4] = {0.2f, 0.0f, 0.0f, 0.0f}, b2[4] = {0.1f, 0.0f, 0.0f, 0.0f}, a[4] = {0.0f, 0.5f, 0.0f, 0.0f};
-    float b1Alone = b1[0], b2Alone = b2[0], aAlone = a[1];
-    for (int frame = 0; frame < 50; ++frame) {
-        alignas(16) float raw[8][16], bOut[4][16], aOut[4][16], alone[16];
-        engine::NoiseJob jobs[4];
-        for (int v = 0; v < 4; ++v) {
-            table.read(random, raw[2 * v]);
-            table.read(random, raw[2 * v + 1]);
-            jobs[v].bState1 = &b1[v];
-            jobs[v].bState2 = &b2[v];
-            jobs[v].bRaw = raw[2 * v];
-            jobs[v].fB = 0.0f;  // would be NaN if it were used
-            jobs[v].bNoise = 0.0f;
-            jobs[v].aState = &a[v];
-            jobs[v].aRaw = raw[2 * v + 1];
-            jobs[v].aGain = 0.0f;
-            jobs[v].aCoef = 0.5f;
-            jobs[v].bOut = bOut[v];
-            jobs[v].aOut = aOut[v];
-            jobs[v].bQuiet = v != 0;
-            jobs[v].aQuiet = v != 1;
-        }
-        jobs[0].fB = 0.01f;
-        jobs[0].bNoise = 0.3f;
-        jobs[1].aGain = 0.8f;
-        engine::filterNoisesTogether(jobs, 4);
-        engine::filterBNoise(b1Alone, b2Alone, raw[0], 0.01f, 0.3f, alone);
-        for (int i = 0; i < 16; ++i) ASSERT_EQ(bOut[0][i], alone[i]);
-        engine::filterANoise(aAlone, raw[3], 0.8f, 0.5f, alone);
-        for (int i = 0; i < 16; ++i) ASSERT_EQ(aOut[1][i], alone[i]);
-        for (int v = 0; v < 4; ++v)
-            for (int i = 0; i < 16; ++i) {
-                // Exactly +0, as the fill of a quiet filter.
-                if (v != 0) {
-                    ASSERT_EQ(std::signbit(bOut[v][i]) ? 1.0f : bOut[v][i], 0.0f) << v << " " << i;
-                }
-                if (v != 1) {
-                    ASSERT_EQ(std::signbit(aOut[v][i]) ? 1.0f : aOut[v][i], 0.0f) << v << " " << i;
-                }
+    // The four-lane loops, and the eight-lane ones where they run.
+    for (bool wide : testsupport::WideLoops::ways()) {
+        testsupport::WideLoops loops(wide);
+        SCOPED_TRACE(wide ? "eight lanes" : "four lanes");
+        const engine::NoiseTable& table = engine::NoiseTable::instance();
+        uint32_t random = 77;
+        float b1[4] = {0.2f, 0.0f, 0.0f, 0.0f}, b2[4] = {0.1f, 0.0f, 0.0f, 0.0f}, a[4] = {0.0f, 0.5f, 0.0f, 0.0f};
+        float b1Alone = b1[0], b2Alone = b2[0], aAlone = a[1];
+        for (int frame = 0; frame < 50; ++frame) {
+            alignas(16) float raw[8][16], bOut[4][16], aOut[4][16], alone[16];
+            engine::NoiseJob jobs[4];
+            for (int v = 0; v < 4; ++v) {
+                table.read(random, raw[2 * v]);
+                table.read(random, raw[2 * v + 1]);
+                jobs[v].bState1 = &b1[v];
+                jobs[v].bState2 = &b2[v];
+                jobs[v].bRaw = raw[2 * v];
+                jobs[v].fB = 0.0f;  // would be NaN if it were used
+                jobs[v].bNoise = 0.0f;
+                jobs[v].aState = &a[v];
+                jobs[v].aRaw = raw[2 * v + 1];
+                jobs[v].aGain = 0.0f;
+                jobs[v].aCoef = 0.5f;
+                jobs[v].bOut = bOut[v];
+                jobs[v].aOut = aOut[v];
+                jobs[v].bQuiet = v != 0;
+                jobs[v].aQuiet = v != 1;
             }
-        for (int v = 1; v < 4; ++v) {
-            ASSERT_EQ(b1[v], 0.0f);
-            ASSERT_FALSE(std::signbit(b1[v]));
-            ASSERT_EQ(b2[v], 0.0f);
+            jobs[0].fB = 0.01f;
+            jobs[0].bNoise = 0.3f;
+            jobs[1].aGain = 0.8f;
+            engine::filterNoisesTogether(jobs, 4);
+            engine::filterBNoise(b1Alone, b2Alone, raw[0], 0.01f, 0.3f, alone);
+            for (int i = 0; i < 16; ++i) ASSERT_EQ(bOut[0][i], alone[i]);
+            engine::filterANoise(aAlone, raw[3], 0.8f, 0.5f, alone);
+            for (int i = 0; i < 16; ++i) ASSERT_EQ(aOut[1][i], alone[i]);
+            for (int v = 0; v < 4; ++v)
+                for (int i = 0; i < 16; ++i) {
+                    // Exactly +0, as the fill of a quiet filter.
+                    if (v != 0) {
+                        ASSERT_EQ(std::signbit(bOut[v][i]) ? 1.0f : bOut[v][i], 0.0f) << v << " " << i;
+                    }
+                    if (v != 1) {
+                        ASSERT_EQ(std::signbit(aOut[v][i]) ? 1.0f : aOut[v][i], 0.0f) << v << " " << i;
+                    }
+                }
+            for (int v = 1; v < 4; ++v) {
+                ASSERT_EQ(b1[v], 0.0f);
+                ASSERT_FALSE(std::signbit(b1[v]));
+                ASSERT_EQ(b2[v], 0.0f);
+            }
+            ASSERT_EQ(b1[0], b1Alone);
+            ASSERT_EQ(a[1], aAlone);
         }
-        ASSERT_EQ(b1[0], b1Alone);
-        ASSERT_EQ(a[1], aAlone);
     }
 }
 
 TEST(OscillatorTest, AnyNumberOfVoicesNoiseFiltersTogetherGetWhatEachGetsAlone) {
-    const engine::NoiseTable& table = engine::NoiseTable::instance();
-    // Counts that leave lanes spare, and more than one loop's worth.
-    for (int count : {2, 3, 5, 9, 12, 13, 20}) {
-        const std::size_t n = std::size_t(count);
-        std::vector<uint32_t> random(n);
-        std::vector<float> b1(n), b2(n), a(n), fB(n), bNoise(n), aGain(n), aCoef(n);
-        for (std::size_t v = 0; v < n; ++v) {
-            random[v] = uint32_t(1000 * v + 7);
-            fB[v] = 0.001f + 0.024f * float(v);
-            bNoise[v] = 0.1f + 0.1f * float(v % 7);
-            aGain[v] = 0.2f * float(v % 4);
-            aCoef[v] = 0.05f + 0.045f * float(v);
-            b1[v] = 0.01f * float(v);
-            a[v] = -0.02f * float(v);
-        }
-        auto b1Alone = b1, b2Alone = b2, aAlone = a;
-        for (int frame = 0; frame < 40; ++frame) {
-            struct alignas(16) Frame {
-                float rawB[16], rawA[16], bOut[16], aOut[16];
-            };
-            std::vector<Frame> f(n);
-            std::vector<engine::NoiseJob> jobs(n);
+    // The four-lane loops, and the eight-lane ones where they run.
+    for (bool wide : testsupport::WideLoops::ways()) {
+        testsupport::WideLoops loops(wide);
+        SCOPED_TRACE(wide ? "eight lanes" : "four lanes");
+        const engine::NoiseTable& table = engine::NoiseTable::instance();
+        // Counts that leave lanes spare, and more than one loop's worth.
+        for (int count : {2, 3, 5, 9, 12, 13, 20}) {
+            const std::size_t n = std::size_t(count);
+            std::vector<uint32_t> random(n);
+            std::vector<float> b1(n), b2(n), a(n), fB(n), bNoise(n), aGain(n), aCoef(n);
             for (std::size_t v = 0; v < n; ++v) {
-                table.read(random[v], f[v].rawB);
-                table.read(random[v], f[v].rawA);
-                jobs[v].bState1 = &b1[v];
-                jobs[v].bState2 = &b2[v];
-                jobs[v].bRaw = f[v].rawB;
-                jobs[v].fB = fB[v];
-                jobs[v].bNoise = bNoise[v];
-                jobs[v].aState = &a[v];
-                jobs[v].aRaw = f[v].rawA;
-                jobs[v].aGain = aGain[v];
-                jobs[v].aCoef = aCoef[v];
-                jobs[v].bOut = f[v].bOut;
-                jobs[v].aOut = f[v].aOut;
+                random[v] = uint32_t(1000 * v + 7);
+                fB[v] = 0.001f + 0.024f * float(v);
+                bNoise[v] = 0.1f + 0.1f * float(v % 7);
+                aGain[v] = 0.2f * float(v % 4);
+                aCoef[v] = 0.05f + 0.045f * float(v);
+                b1[v] = 0.01f * float(v);
+                a[v] = -0.02f * float(v);
             }
-            engine::filterNoisesTogether(jobs.data(), count);
-            for (std::size_t v = 0; v < n; ++v) {
-                alignas(16) float bAlone[16], aAloneOut[16];
-                engine::filterNoises(b1Alone[v], b2Alone[v], f[v].rawB, fB[v], bNoise[v], aAlone[v], f[v].rawA,
-                                     aGain[v], aCoef[v], bAlone, aAloneOut);
-                for (int i = 0; i < 16; ++i) {
-                    ASSERT_EQ(f[v].bOut[i], bAlone[i]) << count << " " << v << " " << i;
-                    ASSERT_EQ(f[v].aOut[i], aAloneOut[i]) << count << " " << v << " " << i;
+            auto b1Alone = b1, b2Alone = b2, aAlone = a;
+            for (int frame = 0; frame < 40; ++frame) {
+                struct alignas(16) Frame {
+                    float rawB[16], rawA[16], bOut[16], aOut[16];
+                };
+                std::vector<Frame> f(n);
+                std::vector<engine::NoiseJob> jobs(n);
+                for (std::size_t v = 0; v < n; ++v) {
+                    table.read(random[v], f[v].rawB);
+                    table.read(random[v], f[v].rawA);
+                    jobs[v].bState1 = &b1[v];
+                    jobs[v].bState2 = &b2[v];
+                    jobs[v].bRaw = f[v].rawB;
+                    jobs[v].fB = fB[v];
+                    jobs[v].bNoise = bNoise[v];
+                    jobs[v].aState = &a[v];
+                    jobs[v].aRaw = f[v].rawA;
+                    jobs[v].aGain = aGain[v];
+                    jobs[v].aCoef = aCoef[v];
+                    jobs[v].bOut = f[v].bOut;
+                    jobs[v].aOut = f[v].aOut;
+                }
+                engine::filterNoisesTogether(jobs.data(), count);
+                for (std::size_t v = 0; v < n; ++v) {
+                    alignas(16) float bAlone[16], aAloneOut[16];
+                    engine::filterNoises(b1Alone[v], b2Alone[v], f[v].rawB, fB[v], bNoise[v], aAlone[v], f[v].rawA,
+                                         aGain[v], aCoef[v], bAlone, aAloneOut);
+                    for (int i = 0; i < 16; ++i) {
+                        ASSERT_EQ(f[v].bOut[i], bAlone[i]) << count << " " << v << " " << i;
+                        ASSERT_EQ(f[v].aOut[i], aAloneOut[i]) << count << " " << v << " " << i;
+                    }
                 }
             }
+            EXPECT_EQ(b1, b1Alone);
+            EXPECT_EQ(b2, b2Alone);
+            EXPECT_EQ(a, aAlone);
+            EXPECT_NE(b2[n - 1], 0.0f);
         }
-        EXPECT_EQ(b1, b1Alone);
-        EXPECT_EQ(b2, b2Alone);
-        EXPECT_EQ(a, aAlone);
-        EXPECT_NE(b2[n - 1], 0.0f);
     }
 }
 
@@ -488,53 +504,63 @@ TEST(OscillatorTest, FourShapesAtOnceAreTheShapesOfEach) {
 }
 
 TEST(OscillatorTest, VoiceBInOnePassIsBSwungToneAndNoise) {
-    const engine::NoiseTable& table = engine::NoiseTable::instance();
-    uint32_t random = 5;
-    int compared = 0;
-    // Sub amounts on both sides of the limit, frequencies for 1, 2 and 3 points.
-    for (float amount : {0.0f, 0.99999e-5f, 1e-5f, 0.4f, 1.0f}) {
-        for (float fB : {0.0004f, 0.003f, 0.02f, 0.3f}) {
-            for (float subPhase : {0.0f, 0.3f, 0.75f}) {
-                alignas(16) float noise[16], oneGo[16], steps[16];
-                table.read(random, noise);
-                const float bPhase = engine::bPhaseFromSubPhase(subPhase);
-                const engine::WaveShape shape = engine::WaveShape::make(0.45f, fB);
-                engine::renderVoiceB(bPhase, subPhase, fB, shape, amount, 0.7f, noise, oneGo);
-                engine::renderOscillatorB(bPhase, fB, shape, steps);
-                engine::applySubOscillator(steps, subPhase, fB, amount);
-                for (int i = 0; i < 16; ++i) {
-                    ASSERT_EQ(oneGo[i], steps[i] * 0.7f + noise[i]) << amount << " " << fB << " " << i;
-                    ++compared;
+    // The four-lane loops, and the eight-lane ones where they run.
+    for (bool wide : testsupport::WideLoops::ways()) {
+        testsupport::WideLoops loops(wide);
+        SCOPED_TRACE(wide ? "eight lanes" : "four lanes");
+        const engine::NoiseTable& table = engine::NoiseTable::instance();
+        uint32_t random = 5;
+        int compared = 0;
+        // Sub amounts on both sides of the limit, frequencies for 1, 2 and 3 points.
+        for (float amount : {0.0f, 0.99999e-5f, 1e-5f, 0.4f, 1.0f}) {
+            for (float fB : {0.0004f, 0.003f, 0.02f, 0.3f}) {
+                for (float subPhase : {0.0f, 0.3f, 0.75f}) {
+                    alignas(16) float noise[16], oneGo[16], steps[16];
+                    table.read(random, noise);
+                    const float bPhase = engine::bPhaseFromSubPhase(subPhase);
+                    const engine::WaveShape shape = engine::WaveShape::make(0.45f, fB);
+                    engine::renderVoiceB(bPhase, subPhase, fB, shape, amount, 0.7f, noise, oneGo);
+                    engine::renderOscillatorB(bPhase, fB, shape, steps);
+                    engine::applySubOscillator(steps, subPhase, fB, amount);
+                    for (int i = 0; i < 16; ++i) {
+                        ASSERT_EQ(oneGo[i], steps[i] * 0.7f + noise[i]) << amount << " " << fB << " " << i;
+                        ++compared;
+                    }
                 }
             }
         }
+        EXPECT_EQ(compared, 5 * 4 * 3 * 16);
     }
-    EXPECT_EQ(compared, 5 * 4 * 3 * 16);
 }
 
 TEST(OscillatorTest, VoiceAInOnePassIsTheMixOfAWithBAndNoise) {
-    const engine::NoiseTable& table = engine::NoiseTable::instance();
-    uint32_t random = 9;
-    float phase = 0.3f, phaseAlone = 0.3f;
-    int compared = 0;
-    // Mean steps for 1, 2 and 3 points, steps that run backwards too.
-    for (float meanStep : {0.001f, 0.005f, 0.05f}) {
-        for (int frame = 0; frame < 20; ++frame) {
-            alignas(16) float b[16], noise[16], step[16], mix[16], a[16];
-            table.read(random, b);
-            table.read(random, noise);
-            for (int i = 0; i < 16; ++i) step[i] = meanStep * (1.0f + 1.5f * b[i]);
-            const engine::WaveShape shape = engine::WaveShape::make(0.8f, meanStep);
-            engine::renderVoiceA(phase, step, meanStep, shape, 0.6f, b, 0.35f, noise, mix);
-            engine::renderOscillatorA(phaseAlone, step, meanStep, shape, a);
-            for (int i = 0; i < 16; ++i) {
-                ASSERT_EQ(mix[i], (a[i] * 0.6f + b[i] * 0.35f) + noise[i]) << meanStep << " " << i;
-                ++compared;
+    // The four-lane loops, and the eight-lane ones where they run.
+    for (bool wide : testsupport::WideLoops::ways()) {
+        testsupport::WideLoops loops(wide);
+        SCOPED_TRACE(wide ? "eight lanes" : "four lanes");
+        const engine::NoiseTable& table = engine::NoiseTable::instance();
+        uint32_t random = 9;
+        float phase = 0.3f, phaseAlone = 0.3f;
+        int compared = 0;
+        // Mean steps for 1, 2 and 3 points, steps that run backwards too.
+        for (float meanStep : {0.001f, 0.005f, 0.05f}) {
+            for (int frame = 0; frame < 20; ++frame) {
+                alignas(16) float b[16], noise[16], step[16], mix[16], a[16];
+                table.read(random, b);
+                table.read(random, noise);
+                for (int i = 0; i < 16; ++i) step[i] = meanStep * (1.0f + 1.5f * b[i]);
+                const engine::WaveShape shape = engine::WaveShape::make(0.8f, meanStep);
+                engine::renderVoiceA(phase, step, meanStep, shape, 0.6f, b, 0.35f, noise, mix);
+                engine::renderOscillatorA(phaseAlone, step, meanStep, shape, a);
+                for (int i = 0; i < 16; ++i) {
+                    ASSERT_EQ(mix[i], (a[i] * 0.6f + b[i] * 0.35f) + noise[i]) << meanStep << " " << i;
+                    ++compared;
+                }
+                ASSERT_EQ(phase, phaseAlone);
             }
-            ASSERT_EQ(phase, phaseAlone);
         }
+        EXPECT_EQ(compared, 3 * 20 * 16);
     }
-    EXPECT_EQ(compared, 3 * 20 * 16);
 }
 
 TEST(OscillatorTest, WideLoopsSoundAsTheFourSampleLoops) {

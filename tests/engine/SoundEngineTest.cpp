@@ -4,11 +4,14 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <memory>
 #include <vector>
 
 #include "engine/SoundEngine.h"
+#include "patch/FactoryPatches.h"
 #include "patch/MidiConfigRecord.h"
 #include "patch/NorvelleProgram.h"
+#include "tests/engine/WideLoops.h"
 
 namespace {
 
@@ -292,4 +295,34 @@ TEST(SoundEngine, VolumeCurveGivesZeroDecibelsAtHalf) {
     r.engine.init(44100.0f, 1);
     r.block();
     EXPECT_EQ(r.engine.outGain(), 0.0f);
+}
+
+TEST(SoundEngine, EightLaneLoopsSoundAsFourLaneLoops) {
+    if (!engine::wide::runsHere()) GTEST_SKIP() << "this processor has no 256-bit registers";
+    // Every factory patch, chords that overlap, come and go and steal voices.
+    for (int patch = 0; patch < 16; ++patch) {
+        std::vector<float> heard[2];
+        for (int way = 0; way < 2; ++way) {
+            testsupport::WideLoops loops(way == 1);
+            auto r = std::make_unique<Rig>();
+            r->program = factoryProgram(patch);
+            for (int block = 0; block < 700; ++block) {
+                std::vector<TimedEvent> events;
+                if (block % 40 == 0)
+                    for (int k = 0; k < 7; ++k) events.push_back(ev(3 * k, 0x90, 36 + 5 * k + block / 40, 90 + k));
+                if (block % 40 == 25)
+                    for (int k = 0; k < 7; ++k) events.push_back(ev(k, 0x80, 36 + 5 * k + block / 40, 0));
+                r->block(events);
+                heard[way].insert(heard[way].end(), r->left, r->left + 64);
+                heard[way].insert(heard[way].end(), r->right, r->right + 64);
+            }
+        }
+        ASSERT_EQ(heard[0].size(), heard[1].size());
+        std::size_t sounding = 0;
+        for (std::size_t i = 0; i < heard[0].size(); ++i) {
+            ASSERT_EQ(heard[0][i], heard[1][i]) << "patch " << patch << " sample " << i;
+            if (heard[0][i] != 0.0f) ++sounding;
+        }
+        EXPECT_GT(sounding, heard[0].size() / 4) << "patch " << patch;
+    }
 }

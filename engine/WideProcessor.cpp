@@ -1,0 +1,32 @@
+#include "engine/WideProcessor.h"
+
+#include <atomic>
+
+namespace engine::wide {
+
+namespace {
+
+bool processorRunsAvx() {
+#if defined(__GNUC__) && (defined(__x86_64__) || defined(__i386__))
+    // The check covers the system too: it must save the wide registers.
+    __builtin_cpu_init();
+    return __builtin_cpu_supports("avx");
+#else
+    return false;
+#endif
+}
+
+std::atomic<bool> allowed{true};
+
+}  // namespace
+
+bool runsHere() {
+    static const bool runs = processorRunsAvx();
+    return runs;
+}
+
+bool available() { return allowed.load(std::memory_order_relaxed) && runsHere(); }
+
+void allow(bool yes) { allowed.store(yes, std::memory_order_relaxed); }
+
+}  // namespace engine::wide
