@@ -16,14 +16,14 @@ bool processorRunsAvx() {
 #endif
 }
 
+// Checked as the program or plug-in loads, so that the audio thread never
+// meets a first-use guard.
+const bool runs = processorRunsAvx();
 std::atomic<bool> allowed{true};
 
 }  // namespace
 
-bool runsHere() {
-    static const bool runs = processorRunsAvx();
-    return runs;
-}
+bool runsHere() { return runs; }
 
 bool available() { return allowed.load(std::memory_order_relaxed) && runsHere(); }
 
