@@ -62,6 +62,16 @@ struct Lanes {
     uint32_t operator[](int k) const { return v[k]; }
 };
 
+// The same for a float vector.
+struct FloatLanes {
+    float v[4];
+    explicit FloatLanes(__m128 x)
+        : v{_mm_cvtss_f32(x), _mm_cvtss_f32(_mm_shuffle_ps(x, x, _MM_SHUFFLE(1, 1, 1, 1))),
+            _mm_cvtss_f32(_mm_shuffle_ps(x, x, _MM_SHUFFLE(2, 2, 2, 2))),
+            _mm_cvtss_f32(_mm_shuffle_ps(x, x, _MM_SHUFFLE(3, 3, 3, 3)))} {}
+    float operator[](int k) const { return v[k]; }
+};
+
 // The delay ring as the loop sees it: positions count up with time and the
 // mask folds them in.
 struct Ring {
@@ -80,8 +90,8 @@ struct Ring {
     // Each lane to its position, lane 0 first.
     void scatter(__m128i pos, __m128 v) const {
         const Lanes p(pos);
-        alignas(16) float x[4];
-        _mm_store_ps(x, v);
+        const FloatLanes x(v);
+#pragma GCC unroll 4
         for (int k = 0; k < 4; ++k) at(p[k]) = x[k];
     }
 };
@@ -362,9 +372,8 @@ void ChorusReverb::process(const float* in, float* outLeft, float* outRight, flo
         const __m128i pos4 =
             _mm_and_si128(_mm_sub_epi32(at, _mm_load_si128(reinterpret_cast<const __m128i*>(diffPos + 4))), ringMask);
         if (_mm_movemask_epi8(_mm_or_si128(_mm_cmpgt_epi32(pos0, writeLimit), _mm_cmpgt_epi32(pos4, writeLimit)))) {
-            alignas(16) float l[4], r[4];
-            _mm_store_ps(l, L);
-            _mm_store_ps(r, R);
+            const FloatLanes l(L), r(R);
+#pragma GCC unroll 4
             for (int j = 0; j < 4; ++j) diffuse(n + j, l[j], r[j]);
             return;
         }
@@ -412,13 +421,13 @@ void ChorusReverb::process(const float* in, float* outLeft, float* outRight, flo
             const __m128 feed = _mm_set1_ps(x + sign);
             // The input once in each sum, before the first group.
             float L = x, R = x;
+#pragma GCC unroll 3
             for (int g = 0; g < 3; ++g) {
                 __m128 s0, s1;
                 ring.gather(readPos(n, g), s0, s1);
                 const __m128 y = lineStep(g, s0, s1, allpass[n][g], feed, _mm_load_ps(gainRow(n) + 4 * g));
                 ring.scatter(_mm_sub_epi32(_mm_set1_epi32(int32_t(start + uint32_t(n))), lineOffset[g]), lineDamp[g]);
-                alignas(16) float o[4];
-                _mm_store_ps(o, y);
+                const FloatLanes o(y);
                 L += o[0] + o[1] - o[2] - o[3];
                 R += o[0] - o[1] - o[2] + o[3];
             }
@@ -493,8 +502,8 @@ void ChorusReverb::process(const float* in, float* outLeft, float* outRight, flo
                     for (int k = 0; k < 4; ++k) _mm_storeu_ps(ring.buf + q[k], e[k]);
                 } else {
                     for (int k = 0; k < 4; ++k) {
-                        alignas(16) float run[4];
-                        _mm_store_ps(run, e[k]);
+                        const FloatLanes run(e[k]);
+#pragma GCC unroll 4
                         for (int j = 0; j < 4; ++j) ring.at(q[k] + uint32_t(j)) = run[j];
                     }
                 }
