@@ -12,7 +12,7 @@
 namespace engine {
 
 void filterBNoise(float& state1, float& state2, const float* noise, float fB, float bNoise, float* out) {
-    const float k = 1.0f - std::exp(-6.2831855f * fB);
+    const float k = noiseCoefficient(fB);
     const float g = std::sqrt(bNoise * 0.5f / fB);
     float s1 = state1, s2 = state2;
     for (int i = 0; i < kFrameSamples; ++i) {
@@ -35,7 +35,7 @@ void filterANoise(float& state, const float* noise, float gain, float coef, floa
 
 void filterNoises(float& bState1, float& bState2, const float* bRaw, float fB, float bNoise, float& aState,
                   const float* aRaw, float aGain, float aCoef, float* bOut, float* aOut) {
-    const float k = 1.0f - std::exp(-6.2831855f * fB);
+    const float k = noiseCoefficient(fB);
     const float g = std::sqrt(bNoise * 0.5f / fB);
     float s1 = bState1, s2 = bState2, a = aState;
     for (int i = 0; i < kFrameSamples; ++i) {
@@ -64,7 +64,7 @@ void filterNoiseGroups(const NoiseJob* const* j) {
         const NoiseJob& j3 = *j[4 * q + 3];
         // A quiet filter has zero states: with zero coefficients its lane
         // computes +0 throughout, the zeros it would have been given.
-        auto k = [](const NoiseJob& job) { return job.bQuiet ? 0.0f : 1.0f - std::exp(-6.2831855f * job.fB); };
+        auto k = [](const NoiseJob& job) { return job.bQuiet ? 0.0f : job.bCoef; };
         auto aGain = [](const NoiseJob& job) { return job.aQuiet ? 0.0f : job.aGain; };
         auto aCoef = [](const NoiseJob& job) { return job.aQuiet ? 0.0f : job.aCoef; };
         // sqrt(bNoise * 0.5 / fB) for the four at once; a quiet lane's (which

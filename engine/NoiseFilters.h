@@ -4,9 +4,14 @@
 // ends with the denormal step on its states.
 #pragma once
 
+#include <cmath>
+
 namespace engine {
 
-// k = 1 - exp(-2 pi fB), g = sqrt(bNoise * 0.5 / fB);
+// k of B's noise filter at B's frequency fB: 1 - exp(-2 pi fB).
+inline float noiseCoefficient(float fB) { return 1.0f - std::exp(-6.2831855f * fB); }
+
+// k = noiseCoefficient(fB), g = sqrt(bNoise * 0.5 / fB);
 // state1 += (noise g - state1) k; state2 += (state1 - state2) k; out = state2.
 void filterBNoise(float& state1, float& state2, const float* noise16, float fB, float bNoise, float* out16);
 
@@ -24,6 +29,7 @@ struct NoiseJob {
     float* bState2 = nullptr;
     const float* bRaw = nullptr;  // 16 samples
     float fB = 0.0f;
+    float bCoef = 0.0f;  // noiseCoefficient(fB)
     float bNoise = 0.0f;
     float* aState = nullptr;
     const float* aRaw = nullptr;  // 16 samples

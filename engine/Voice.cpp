@@ -382,6 +382,12 @@ void Voice::noiseJob(FrameWork& work, engine::NoiseJob& job) {
     job.bState2 = &noise[1];
     job.bRaw = work.rawB;
     job.fB = work.fB;
+    if (!work.bQuiet && work.fB != noiseCoefFor_) {
+        // B's frequency often holds from frame to frame: keep its filter's k.
+        noiseCoefFor_ = work.fB;
+        noiseCoef_ = engine::noiseCoefficient(work.fB);
+    }
+    job.bCoef = noiseCoef_;
     job.bNoise = params_.bNoise;
     job.aState = &noise[2];
     job.aRaw = work.rawA;

@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstdint>
+#include <limits>
 
 #include "engine/BranchDecoder.h"
 #include "engine/EngineRates.h"
@@ -186,6 +187,9 @@ protected:
     float pitch_ = 1.0f;
     float keyFollow_ = 1.0f;
     engine::VoiceOutputGains outputGains_;
+    // B's noise filter coefficient and the frequency it is for (none yet).
+    float noiseCoefFor_ = std::numeric_limits<float>::quiet_NaN();
+    float noiseCoef_ = 0.0f;
     // The decoded values of the voice's last update: a decoder shared with
     // another voice may have moved on since.
     engine::BranchParams params_;

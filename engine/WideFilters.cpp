@@ -31,7 +31,7 @@ WIDE_ENTRY void noiseGroups(const NoiseJob* const* j) {
     __m256 K[G], Gain[G], AG[G], AC[G], S1[G], S2[G], A[G];
     for (int q = 0; q < G; ++q) {
         const NoiseJob* const* v = j + 8 * q;
-        auto k = [](const NoiseJob* job) { return job->bQuiet ? 0.0f : 1.0f - std::exp(-6.2831855f * job->fB); };
+        auto k = [](const NoiseJob* job) { return job->bQuiet ? 0.0f : job->bCoef; };
         auto aGain = [](const NoiseJob* job) { return job->aQuiet ? 0.0f : job->aGain; };
         auto aCoef = [](const NoiseJob* job) { return job->aQuiet ? 0.0f : job->aCoef; };
         auto sounding = [](const NoiseJob* job) { return job->bQuiet ? 0 : -1; };

@@ -306,6 +306,7 @@ TEST(OscillatorTest, FourVoicesNoiseFiltersInLanesGetWhatEachGetsAlone) {
                 jobs[v].bState2 = &b2[v];
                 jobs[v].bRaw = rawB[v];
                 jobs[v].fB = fB[v];
+                jobs[v].bCoef = engine::noiseCoefficient(fB[v]);
                 jobs[v].bNoise = bNoise[v];
                 jobs[v].aState = &a[v];
                 jobs[v].aRaw = rawA[v];
@@ -361,6 +362,7 @@ TEST(OscillatorTest, QuietNoiseFiltersAmongFourGiveZerosAndKeepTheirStates) {
                 jobs[v].aQuiet = v != 1;
             }
             jobs[0].fB = 0.01f;
+            jobs[0].bCoef = engine::noiseCoefficient(0.01f);
             jobs[0].bNoise = 0.3f;
             jobs[1].aGain = 0.8f;
             engine::filterNoisesTogether(jobs, 4);
@@ -423,6 +425,7 @@ TEST(OscillatorTest, AnyNumberOfVoicesNoiseFiltersTogetherGetWhatEachGetsAlone) 
                     jobs[v].bState2 = &b2[v];
                     jobs[v].bRaw = f[v].rawB;
                     jobs[v].fB = fB[v];
+                    jobs[v].bCoef = engine::noiseCoefficient(fB[v]);
                     jobs[v].bNoise = bNoise[v];
                     jobs[v].aState = &a[v];
                     jobs[v].aRaw = f[v].rawA;
