@@ -7,6 +7,7 @@
 
 #include "engine/Denormal.h"
 #include "engine/FrameSize.h"
+#include "engine/LaneChunks.h"
 #include "engine/WideFilters.h"
 
 namespace engine {
@@ -135,37 +136,25 @@ void filterNoiseGroups(const NoiseJob* const* j) {
 // At most this many groups share one loop: more would only spill registers.
 constexpr int kNoiseGroupsTogether = 3;
 
+alignas(16) const float kSilence[kFrameSamples] = {};
+
 }  // namespace
+
+SpareNoiseJob::SpareNoiseJob() {
+    job.bState1 = &states[0];
+    job.bState2 = &states[1];
+    job.aState = &states[2];
+    job.bRaw = job.aRaw = kSilence;
+    job.bOut = job.aOut = out;
+    job.bQuiet = job.aQuiet = true;
+}
 
 void filterNoisesTogether(const NoiseJob* jobs, int count) {
     if (wide::available()) return wide::filterNoisesTogether(jobs, count);
-    // The last group is filled up with quiet lanes: all of them may share one
-    // job, as each computes zeros and keeps zero states.
-    float spareState[3] = {};
-    alignas(16) static const float silence[kFrameSamples] = {};
-    alignas(16) float spareOut[kFrameSamples];
-    NoiseJob spare;
-    spare.bState1 = &spareState[0];
-    spare.bState2 = &spareState[1];
-    spare.aState = &spareState[2];
-    spare.bRaw = spare.aRaw = silence;
-    spare.bOut = spare.aOut = spareOut;
-    spare.bQuiet = spare.aQuiet = true;
-    while (count > 0) {
-        const int groups = std::min((count + 3) / 4, kNoiseGroupsTogether);
-        const NoiseJob* lanes[4 * kNoiseGroupsTogether];
-        int n = 0;
-        for (; n < 4 * groups && n < count; ++n) lanes[n] = &jobs[n];
-        for (; n < 4 * groups; ++n) lanes[n] = &spare;
-        if (groups == 1)
-            filterNoiseGroups<1>(lanes);
-        else if (groups == 2)
-            filterNoiseGroups<2>(lanes);
-        else
-            filterNoiseGroups<3>(lanes);
-        jobs += 4 * groups;
-        count -= 4 * groups;
-    }
+    const SpareNoiseJob spare;
+    inLaneChunks<4, kNoiseGroupsTogether>(jobs, count, spare.job, [](int groups, const NoiseJob* const* lanes) {
+        withRegisters<kNoiseGroupsTogether>(groups, [lanes]<int G>() { filterNoiseGroups<G>(lanes); });
+    });
 }
 
 }  // namespace engine

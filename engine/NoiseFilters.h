@@ -43,6 +43,15 @@ struct NoiseJob {
     bool aQuiet = false;
 };
 
+// A job that fills lanes no voice takes: quiet, with zero states that stay
+// zero, so any number of lanes may share it.
+struct SpareNoiseJob {
+    SpareNoiseJob();
+    float states[3] = {};
+    alignas(16) float out[16];
+    NoiseJob job;
+};
+
 // Any number of voices at once, one voice per lane, four to a register,
 // several registers in one loop: each gets exactly what filterNoises gives
 // it, or zeros for a quiet filter.

@@ -6,6 +6,7 @@
 
 #include "engine/Denormal.h"
 #include "engine/FrameSize.h"
+#include "engine/LaneChunks.h"
 #include "engine/WideFilters.h"
 
 namespace engine {
@@ -164,38 +165,23 @@ void filterRegisters(const FilterVoice* const* v) {
 // At most this many registers share one loop: more would only spill.
 constexpr int kRegistersTogether = 6;
 
-// filterRegisters<registers>, for any count up to R.
-template <int R>
-void filterUpTo(int registers, const FilterVoice* const* lanes) {
-    if (registers == R)
-        filterRegisters<R>(lanes);
-    else if constexpr (R > 1)
-        filterUpTo<R - 1>(registers, lanes);
-}
+alignas(16) const float kSilence[kFrameSamples] = {};
 
 }  // namespace
 
+SpareFilterVoice::SpareFilterVoice() {
+    voice.low = low;
+    voice.band = band;
+    voice.in = kSilence;
+    voice.out = out;
+}
+
 void renderFilterVoices(const FilterVoice* voices, int count) {
     if (wide::available()) return wide::renderFilterVoices(voices, count);
-    // An odd voice out gets a silent partner with states of its own.
-    float spareLow[2] = {}, spareBand[2] = {};
-    alignas(16) static const float silence[kFrameSamples] = {};
-    alignas(16) float spareOut[kFrameSamples];
-    FilterVoice spare;
-    spare.low = spareLow;
-    spare.band = spareBand;
-    spare.in = silence;
-    spare.out = spareOut;
-    while (count > 0) {
-        const int registers = std::min((count + 1) / 2, kRegistersTogether);
-        const FilterVoice* lanes[2 * kRegistersTogether];
-        int n = 0;
-        for (; n < 2 * registers && n < count; ++n) lanes[n] = &voices[n];
-        if (n < 2 * registers) lanes[n++] = &spare;
-        filterUpTo<kRegistersTogether>(registers, lanes);
-        voices += 2 * registers;
-        count -= 2 * registers;
-    }
+    const SpareFilterVoice spare;
+    inLaneChunks<2, kRegistersTogether>(voices, count, spare.voice, [](int registers, const FilterVoice* const* lanes) {
+        withRegisters<kRegistersTogether>(registers, [lanes]<int R>() { filterRegisters<R>(lanes); });
+    });
 }
 
 }  // namespace engine

@@ -35,6 +35,15 @@ struct FilterVoice {
     float* out = nullptr;
 };
 
+// A voice that fills lanes no voice takes: silence in, zero states that stay
+// zero, so any number of lanes may share it.
+struct SpareFilterVoice {
+    SpareFilterVoice();
+    float low[2] = {}, band[2] = {};
+    alignas(16) float out[16];
+    FilterVoice voice;
+};
+
 // Any number of voices at once, two to a register, several registers in one
 // loop. Each voice gets exactly what renderFilterPair gives it with the
 // coefficients of f1 and f2.

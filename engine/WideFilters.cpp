@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "engine/FrameSize.h"
+#include "engine/LaneChunks.h"
 #include "engine/WideLanes.h"
 
 #define WIDE TENDRANE_WIDE
@@ -204,59 +205,18 @@ constexpr int kFilterRegistersTogether = 3;
 }  // namespace
 
 void filterNoisesTogether(const NoiseJob* jobs, int count) {
-    // The last group is filled up with quiet lanes sharing one job, as in the
-    // four-lane loops.
-    float spareState[3] = {};
-    alignas(16) static const float silence[kFrameSamples] = {};
-    alignas(16) float spareOut[kFrameSamples];
-    NoiseJob spare;
-    spare.bState1 = &spareState[0];
-    spare.bState2 = &spareState[1];
-    spare.aState = &spareState[2];
-    spare.bRaw = spare.aRaw = silence;
-    spare.bOut = spare.aOut = spareOut;
-    spare.bQuiet = spare.aQuiet = true;
-    while (count > 0) {
-        const int groups = std::min((count + 7) / 8, kNoiseGroupsTogether);
-        const NoiseJob* lanes[8 * kNoiseGroupsTogether];
-        int n = 0;
-        for (; n < 8 * groups && n < count; ++n) lanes[n] = &jobs[n];
-        for (; n < 8 * groups; ++n) lanes[n] = &spare;
-        if (groups == 1)
-            noiseGroups<1>(lanes);
-        else
-            noiseGroups<2>(lanes);
-        jobs += 8 * groups;
-        count -= 8 * groups;
-    }
+    const SpareNoiseJob spare;
+    inLaneChunks<8, kNoiseGroupsTogether>(jobs, count, spare.job, [](int groups, const NoiseJob* const* lanes) {
+        withRegisters<kNoiseGroupsTogether>(groups, [lanes]<int G>() { noiseGroups<G>(lanes); });
+    });
 }
 
 void renderFilterVoices(const FilterVoice* voices, int count) {
-    // Voices short of a full register get silent partners: they all share one
-    // set of states, which stay at zero.
-    float spareLow[2] = {}, spareBand[2] = {};
-    alignas(16) static const float silence[kFrameSamples] = {};
-    alignas(16) float spareOut[kFrameSamples];
-    FilterVoice spare;
-    spare.low = spareLow;
-    spare.band = spareBand;
-    spare.in = silence;
-    spare.out = spareOut;
-    while (count > 0) {
-        const int registers = std::min((count + 3) / 4, kFilterRegistersTogether);
-        const FilterVoice* lanes[4 * kFilterRegistersTogether];
-        int n = 0;
-        for (; n < 4 * registers && n < count; ++n) lanes[n] = &voices[n];
-        for (; n < 4 * registers; ++n) lanes[n] = &spare;
-        if (registers == 1)
-            filterRegisters<1>(lanes);
-        else if (registers == 2)
-            filterRegisters<2>(lanes);
-        else
-            filterRegisters<3>(lanes);
-        voices += 4 * registers;
-        count -= 4 * registers;
-    }
+    const SpareFilterVoice spare;
+    inLaneChunks<4, kFilterRegistersTogether>(
+        voices, count, spare.voice, [](int registers, const FilterVoice* const* lanes) {
+            withRegisters<kFilterRegistersTogether>(registers, [lanes]<int R>() { filterRegisters<R>(lanes); });
+        });
 }
 
 }  // namespace engine::wide
