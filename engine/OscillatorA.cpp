@@ -46,4 +46,12 @@ void renderVoiceA(float& aPhase, const float* step, float meanStep, const WaveSh
     });
 }
 
+void renderVoicesA(const VoiceAJob* jobs, int count) {
+    if (wide::available()) return wide::renderVoicesA(jobs, count);
+    for (int k = 0; k < count; ++k) {
+        const VoiceAJob& j = jobs[k];
+        renderVoiceA(*j.phase, j.step, j.meanStep, *j.shape, j.aGain, j.b, j.bGain, j.noise, j.out);
+    }
+}
+
 }  // namespace engine

@@ -30,4 +30,21 @@ void renderOscillatorA(float& aPhase, const float* step16, float meanStep, const
 void renderVoiceA(float& aPhase, const float* step16, float meanStep, const WaveShape& shape, float aGain,
                   const float* b16, float bGain, const float* noise16, float* out16);
 
+// One voice's part in renderVoicesA: the arguments of renderVoiceA.
+struct VoiceAJob {
+    float* phase = nullptr;
+    const float* step = nullptr;
+    float meanStep = 0.0f;
+    const WaveShape* shape = nullptr;
+    float aGain = 0.0f;
+    const float* b = nullptr;
+    float bGain = 0.0f;
+    const float* noise = nullptr;
+    float* out = nullptr;
+};
+
+// Several voices at once, their phase chains side by side: each gets
+// exactly what renderVoiceA gives it.
+void renderVoicesA(const VoiceAJob* jobs, int count);
+
 }  // namespace engine

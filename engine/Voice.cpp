@@ -194,7 +194,10 @@ void Voice::renderGroup(Voice* const* v, int count, const VoiceBlock& b) {
                                 _mm_setr_ps(v[k0]->meanStep, v[k1]->meanStep, v[k2]->meanStep, v[k3]->meanStep),
                                 shapes);
         }
-        for (int j = 0; j < n; ++j) v[sharing[j]]->frameSourceA(work[sharing[j]]);
+        VoiceAJob oscillators[MAX_TOGETHER];
+        for (int j = 0; j < n; ++j) v[sharing[j]]->oscillatorAJob(work[sharing[j]], oscillators[j]);
+        renderVoicesA(oscillators, n);
+        for (int j = 0; j < n; ++j) v[sharing[j]]->frameSourceAEnd();
         if (n == 1) {
             v[sharing[0]]->frameFilter(work[sharing[0]]);
         } else if (n > 1) {
@@ -446,10 +449,25 @@ void Voice::frameSourceB(FrameWork& work) {
 }
 
 void Voice::frameSourceA(FrameWork& work) {
-    using namespace engine;
-    renderVoiceA(phases[0], work.step, meanStep, work.shapeA, aGain, work.osc, bGain, work.an, work.mix);
-    meanStep *= 1.0f - rates_->stepSmooth;
+    engine::VoiceAJob job;
+    oscillatorAJob(work, job);
+    engine::renderVoicesA(&job, 1);
+    frameSourceAEnd();
 }
+
+void Voice::oscillatorAJob(FrameWork& work, engine::VoiceAJob& job) {
+    job.phase = &phases[0];
+    job.step = work.step;
+    job.meanStep = meanStep;
+    job.shape = &work.shapeA;
+    job.aGain = aGain;
+    job.b = work.osc;
+    job.bGain = bGain;
+    job.noise = work.an;
+    job.out = work.mix;
+}
+
+void Voice::frameSourceAEnd() { meanStep *= 1.0f - rates_->stepSmooth; }
 
 void Voice::frameFilter(FrameWork& work) {
     using namespace engine;

@@ -11,6 +11,7 @@
 #include "engine/BranchDecoder.h"
 #include "engine/EngineRates.h"
 #include "engine/NoiseFilters.h"
+#include "engine/OscillatorA.h"
 #include "engine/StateVariableFilter.h"
 #include "engine/VoiceOutputGains.h"
 #include "engine/WaveShape.h"
@@ -169,6 +170,10 @@ protected:
     // oscillator B to the phase steps of A; oscillator A and the mix.
     void frameSourceB(FrameWork& work);
     void frameSourceA(FrameWork& work);
+    // frameSourceA in parts, so that several voices' oscillators A run
+    // together: the job, then the mean step's decay after the oscillator.
+    void oscillatorAJob(FrameWork& work, engine::VoiceAJob& job);
+    void frameSourceAEnd();
     void frameFilter(FrameWork& work);
     void filterVoice(FrameWork& work, engine::FilterVoice& job);
     // Up to MAX_TOGETHER voices, frame by frame.

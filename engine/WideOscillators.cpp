@@ -59,32 +59,80 @@ WIDE __m256 swing8(__m256 index, __m256 subPhase, __m256 halfStep, __m256 amount
     return add(mul(s, amount), all(1.0f));
 }
 
+// Oscillator A of V voices: each voice's phase runs on through its steps, a
+// chain of dependent additions; the V chains run side by side.
+template <int V>
+WIDE void voicesA(const VoiceAJob* const* jobs) {
+    int points[V];
+    Shape8 lanes[V];
+    float phase[V];
+    for (int v = 0; v < V; ++v) {
+        points[v] = oversamplingPoints(jobs[v]->meanStep);
+        lanes[v] = lanesOf(*jobs[v]->shape);
+        phase[v] = *jobs[v]->phase;
+    }
+    for (int i = 0; i < kFrameSamples; i += 8) {
+        __m256 p[V];
+#pragma GCC unroll 4
+        for (int v = 0; v < V; ++v) {
+            // The phase is reduced after every fourth sample, as ever.
+            const float* step = jobs[v]->step;
+            const float p0 = phase[v];
+            const float p1 = p0 + step[i];
+            const float p2 = p1 + step[i + 1];
+            const float p3 = p2 + step[i + 2];
+            const float next = p3 + step[i + 3];
+            const float p4 = next - std::floor(next);
+            const float p5 = p4 + step[i + 4];
+            const float p6 = p5 + step[i + 5];
+            const float p7 = p6 + step[i + 6];
+            const float last = p7 + step[i + 7];
+            phase[v] = last - std::floor(last);
+            p[v] = _mm256_setr_ps(p0, p1, p2, p3, p4, p5, p6, p7);
+        }
+#pragma GCC unroll 4
+        for (int v = 0; v < V; ++v) {
+            const VoiceAJob& j = *jobs[v];
+            const __m256 a = oversampled8(lanes[v], wrapPhase8(p[v]), _mm256_loadu_ps(j.step + i), points[v]);
+            _mm256_storeu_ps(j.out + i, add(add(mul(a, all(j.aGain)), mul(_mm256_loadu_ps(j.b + i), all(j.bGain))),
+                                            _mm256_loadu_ps(j.noise + i)));
+        }
+    }
+    for (int v = 0; v < V; ++v) *jobs[v]->phase = phase[v];
+}
+
 }  // namespace
 
 WIDE_ENTRY void renderVoiceA(float& aPhase, const float* step, float meanStep, const WaveShape& shape, float aGain,
                              const float* b, float bGain, const float* noise, float* out) {
-    const int points = oversamplingPoints(meanStep);
-    const Shape8 lanes = lanesOf(shape);
-    const __m256 ga = all(aGain), gb = all(bGain);
-    float phase = aPhase;
-    for (int i = 0; i < kFrameSamples; i += 8) {
-        // The phase is reduced after every fourth sample, as ever.
-        const float p0 = phase;
-        const float p1 = p0 + step[i];
-        const float p2 = p1 + step[i + 1];
-        const float p3 = p2 + step[i + 2];
-        const float next = p3 + step[i + 3];
-        const float p4 = next - std::floor(next);
-        const float p5 = p4 + step[i + 4];
-        const float p6 = p5 + step[i + 5];
-        const float p7 = p6 + step[i + 6];
-        const float last = p7 + step[i + 7];
-        phase = last - std::floor(last);
-        const __m256 f = _mm256_loadu_ps(step + i);
-        const __m256 a = oversampled8(lanes, wrapPhase8(_mm256_setr_ps(p0, p1, p2, p3, p4, p5, p6, p7)), f, points);
-        _mm256_storeu_ps(out + i, add(add(mul(a, ga), mul(_mm256_loadu_ps(b + i), gb)), _mm256_loadu_ps(noise + i)));
+    VoiceAJob job;
+    job.phase = &aPhase;
+    job.step = step;
+    job.meanStep = meanStep;
+    job.shape = &shape;
+    job.aGain = aGain;
+    job.b = b;
+    job.bGain = bGain;
+    job.noise = noise;
+    job.out = out;
+    const VoiceAJob* one = &job;
+    voicesA<1>(&one);
+}
+
+WIDE_ENTRY void renderVoicesA(const VoiceAJob* jobs, int count) {
+    // Three at a time; the rest one or two together.
+    int k = 0;
+    for (; k + 3 <= count; k += 3) {
+        const VoiceAJob* three[3] = {&jobs[k], &jobs[k + 1], &jobs[k + 2]};
+        voicesA<3>(three);
     }
-    aPhase = phase;
+    if (count - k == 2) {
+        const VoiceAJob* two[2] = {&jobs[k], &jobs[k + 1]};
+        voicesA<2>(two);
+    } else if (count - k == 1) {
+        const VoiceAJob* one = &jobs[k];
+        voicesA<1>(&one);
+    }
 }
 
 WIDE_ENTRY void renderVoiceB(float bPhase, float subPhase, float fB, const WaveShape& shape, float subAmount,

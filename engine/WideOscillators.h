@@ -4,6 +4,7 @@
 // processor; only the speed differs.
 #pragma once
 
+#include "engine/OscillatorA.h"
 #include "engine/WaveShape.h"
 #include "engine/WideProcessor.h"
 
@@ -13,6 +14,7 @@ namespace engine::wide {
 // available().
 void renderVoiceA(float& aPhase, const float* step16, float meanStep, const WaveShape& shape, float aGain,
                   const float* b16, float bGain, const float* noise16, float* out16);
+void renderVoicesA(const VoiceAJob* jobs, int count);
 void renderVoiceB(float bPhase, float subPhase, float fB, const WaveShape& shape, float subAmount, float tone,
                   const float* noise16, float* out16);
 

@@ -601,3 +601,43 @@ TEST(OscillatorTest, WideLoopsSoundAsTheFourSampleLoops) {
     }
     EXPECT_EQ(compared, 3000 * 32);
 }
+
+TEST(OscillatorTest, SeveralVoicesOscillatorsATogetherGetWhatEachGetsAlone) {
+    const engine::NoiseTable& table = engine::NoiseTable::instance();
+    // The four-lane loops, and the eight-lane ones where they run.
+    for (bool wide : testsupport::WideLoops::ways()) {
+        testsupport::WideLoops loops(wide);
+        SCOPED_TRACE(wide ? "eight lanes" : "four lanes");
+        for (int count = 1; count <= 7; ++count) {
+            struct alignas(16) Voice {
+                float b[16], noise[16], step[16], out[16], alone[16];
+                float phase = 0.0f, phaseAlone = 0.0f;
+                engine::WaveShape shape;
+            };
+            std::vector<Voice> voices(static_cast<std::size_t>(count));
+            uint32_t random = 100u + uint32_t(count);
+            for (int frame = 0; frame < 30; ++frame) {
+                std::vector<engine::VoiceAJob> jobs(voices.size());
+                for (std::size_t k = 0; k < voices.size(); ++k) {
+                    Voice& v = voices[k];
+                    table.read(random, v.b);
+                    table.read(random, v.noise);
+                    // Mean steps for one, two and three points.
+                    const float f = 0.0015f * float(1 + (k * 7 + std::size_t(frame)) % 11);
+                    for (int i = 0; i < 16; ++i) v.step[i] = f * (1.0f + 1.2f * v.b[i]);
+                    v.shape = engine::WaveShape::make(0.1f * float(k), f);
+                    jobs[k] = {&v.phase, v.step, f, &v.shape, 0.7f, v.b, 0.2f, v.noise, v.out};
+                }
+                engine::renderVoicesA(jobs.data(), count);
+                for (std::size_t k = 0; k < voices.size(); ++k) {
+                    Voice& v = voices[k];
+                    engine::renderVoiceA(v.phaseAlone, v.step, jobs[k].meanStep, v.shape, 0.7f, v.b, 0.2f, v.noise,
+                                         v.alone);
+                    for (int i = 0; i < 16; ++i) ASSERT_EQ(v.out[i], v.alone[i]) << count << " " << k << " " << i;
+                    ASSERT_EQ(v.phase, v.phaseAlone);
+                }
+            }
+            EXPECT_NE(voices.back().phase, 0.0f);
+        }
+    }
+}
