@@ -56,18 +56,18 @@ void compareWithFile(const OrlAudioFiles::AudioData& rendered, const SelfTestSpe
 // 0) renders the material of seed firstSeed + i at 44100 Hz with density
 // (i / 10)^2 + 1 notes per second, and is named noise000.wav, noise001.wav...
 // (three digits at least). The files are 32-bit float WAV, exactly what
-// createTest records for the same spec, so createTest can compare with them.
+// createTest records for the same test, so createTest can compare with them.
 constexpr float kRandomNoiseRate = 44100.0f;
 constexpr double kRandomNoiseSeconds = 20.0;
 constexpr int kRandomNoiseCount = 100;
 
 double randomNoiseDensity(int index);
 std::string randomNoiseFileName(int index);
-// The spec of file `index` in the folder `dir`.
+// The test that file `index` in the folder `dir` records.
 SelfTestSpec randomNoiseSpec(const std::string& dir, int index, double seconds = kRandomNoiseSeconds,
                              uint32_t firstSeed = 1);
 
-// Told before each file is rendered: its index (from 0), the count, its spec.
+// Told before each file is rendered: its index (from 0), the count, its test.
 using RandomNoiseProgress = std::function<void(int index, int count, const SelfTestSpec& spec)>;
 
 // Renders and writes `count` files into the existing folder `dir`, replacing
