@@ -113,16 +113,6 @@ void Voice::render(const VoiceBlock& b) {
     endBlock(b);
 }
 
-void Voice::renderTwo(Voice& x, Voice& y, const VoiceBlock& b) {
-    Voice* const voices[2] = {&x, &y};
-    renderAll(voices, 2, b);
-}
-
-void Voice::renderFour(Voice& w, Voice& x, Voice& y, Voice& z, const VoiceBlock& b) {
-    Voice* const voices[4] = {&w, &x, &y, &z};
-    renderAll(voices, 4, b);
-}
-
 void Voice::renderAll(Voice* const* voices, int count, const VoiceBlock& b) {
     for (; count > 0; voices += MAX_TOGETHER, count -= MAX_TOGETHER)
         renderGroup(voices, std::min(count, MAX_TOGETHER), b);

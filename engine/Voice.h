@@ -67,11 +67,6 @@ public:
 
     // One 64-sample block into the buses of the block.
     void render(const VoiceBlock& block);
-    // Two voices' blocks at once, their filters side by side: the same
-    // sound as first.render(block) and then second.render(block).
-    static void renderTwo(Voice& first, Voice& second, const VoiceBlock& block);
-    // Four voices' blocks at once, in that order.
-    static void renderFour(Voice& first, Voice& second, Voice& third, Voice& fourth, const VoiceBlock& block);
     // Any number of voices' blocks at once, in that order: the sources one
     // by one, the noise colourings and filters of all that sound side by
     // side in the lanes of a few registers, the outputs in voice order. The

@@ -81,8 +81,8 @@ TEST(VoiceGroup, FourAtOnceSoundAsEachAloneThroughStartsReleasesAndSilence) {
                 if (blockIndex == 260) r->voices[3].start(20, 0, 66, 90);
                 if (blockIndex == 300) r->voices[0].kill();
             }
-            Voice::renderFour(together.voices[0], together.voices[1], together.voices[2], together.voices[3],
-                              together.block);
+            Voice* const four[4] = {&together.voices[0], &together.voices[1], &together.voices[2], &together.voices[3]};
+            Voice::renderAll(four, 4, together.block);
             for (Voice& v : alone.voices) v.render(alone.block);
             for (int i = 0; i < 64; ++i) {
                 ASSERT_EQ(together.left[i], alone.left[i]) << blockIndex << " " << i;
