@@ -1,8 +1,9 @@
 # The two commands a new user needs are `make demo` and `make test`; each does
 # its own set-up. The others serve CI and development.
 SHELL := /bin/bash
+, := ,
 
-.PHONY: all setup build demo test test-setup test-asan test-tsan fuzz fuzz-ci cross ci bench clean
+.PHONY: all setup build demo test test-setup test-release test-asan test-tsan fuzz fuzz-ci cross resources ci bench clean
 
 BUILD      ?= build
 BUILD_TYPE ?= RelWithDebInfo
@@ -11,17 +12,31 @@ JOBS       ?= $(shell nproc)
 SECONDS    ?= 60
 FUZZ_CI_SECONDS ?= 20
 
-CONFIGURE = cmake -S . -G Ninja -DCMAKE_BUILD_TYPE=$(BUILD_TYPE)
+# Warnings are always on; they stop the build only where asked (CI sets
+# CI=true, so its builds fail on any warning, while a user's or a packager's
+# build with another compiler version does not).
+WERROR     ?= $(if $(filter true 1 yes,$(CI)),ON,OFF)
+
+CONFIGURE = cmake -S . -G Ninja -DCMAKE_BUILD_TYPE=$(BUILD_TYPE) -DTENDRANE_WERROR=$(WERROR)
+
+# Configures build folder $(1) with the arguments $(2), unless it was last
+# configured with exactly these: the line is kept in the folder, and a
+# different line starts the cache afresh, so that a changed BUILD_TYPE or
+# CMAKE_ARGS always takes effect and a dropped -D option does not linger.
+define configure
+	@line='$(CONFIGURE) -B $(1) $(2)'; \
+	if [ ! -f $(1)/build.ninja ] || [ "$$(cat $(1)/configure-line 2>/dev/null)" != "$$line" ]; then \
+	  rm -f $(1)/CMakeCache.txt; echo "$$line"; eval "$$line" && echo "$$line" > $(1)/configure-line; \
+	fi
+endef
 
 all: build
 
 setup:
 	@tools/setup-debian.sh build
 
-$(BUILD)/build.ninja: | setup
-	$(CONFIGURE) -B $(BUILD) $(CMAKE_ARGS)
-
-build: setup $(BUILD)/build.ninja
+build: setup
+	$(call configure,$(BUILD),$(CMAKE_ARGS))
 	cmake --build $(BUILD) -j $(JOBS)
 
 demo: build
@@ -48,13 +63,13 @@ test: test-setup build
 	ctest --test-dir $(BUILD) --output-on-failure -j $(JOBS)
 
 test-asan: setup
-	$(CONFIGURE) -B build-asan -DTENDRANE_SANITIZE=address,undefined -DTENDRANE_BENCH=OFF
+	$(call configure,build-asan,-DTENDRANE_SANITIZE=address$(,)undefined -DTENDRANE_BENCH=OFF)
 	cmake --build build-asan -j $(JOBS)
 	ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
 	  ctest --test-dir build-asan --output-on-failure -j $(JOBS) -LE 'host|slow'
 
 test-tsan: setup
-	$(CONFIGURE) -B build-tsan -DTENDRANE_SANITIZE=thread -DTENDRANE_BENCH=OFF
+	$(call configure,build-tsan,-DTENDRANE_SANITIZE=thread -DTENDRANE_BENCH=OFF)
 	cmake --build build-tsan -j $(JOBS)
 	TSAN_OPTIONS=halt_on_error=1 ctest --test-dir build-tsan --output-on-failure -j $(JOBS) -LE 'host|slow'
 
@@ -97,7 +112,31 @@ cross:
 bench: build
 	@for b in $(BUILD)/bench/bench_*; do echo "== $$b"; $$b; done
 
-ci: test test-asan fuzz-ci cross
+# The Release build with its unit tests (the host tests run in `make test`).
+test-release: setup
+	$(call configure,build-release,-DCMAKE_BUILD_TYPE=Release -DTENDRANE_BENCH=OFF)
+	cmake --build build-release -j $(JOBS)
+	ctest --test-dir build-release --output-on-failure -j $(JOBS) -LE 'host|slow'
+
+# The tools that make the committed images and font atlases, and the test
+# that runs them again and compares their output with the committed files.
+resources:
+	@tools/setup-debian.sh build tools
+	$(call configure,build-tools,-DTENDRANE_TOOLS=ON -DTENDRANE_TESTS=OFF -DTENDRANE_BENCH=OFF)
+	cmake --build build-tools -j $(JOBS)
+	ctest --test-dir build-tools --output-on-failure -j $(JOBS) -L resources --no-tests=ignore
+
+# What CI runs (.ci/run is `make ci`), step by step, each with its time.
+CI_STEPS = test test-release test-asan fuzz-ci cross resources
+
+ci:
+	@start=$$(date +%s); \
+	for step in $(CI_STEPS); do \
+	  t0=$$(date +%s); echo; echo "=== make $$step (at $$(( t0 - start )) s)"; \
+	  $(MAKE) --no-print-directory $$step WERROR=ON || { echo "=== make $$step FAILED after $$(( $$(date +%s) - t0 )) s"; exit 1; }; \
+	  echo "=== make $$step took $$(( $$(date +%s) - t0 )) s"; \
+	done; \
+	echo; echo "=== CI steps done in $$(( $$(date +%s) - start )) s"
 
 clean:
-	rm -rf build build-asan build-tsan build-fuzz build-mingw32 build-mingw64 out
+	rm -rf build build-release build-tools build-asan build-tsan build-fuzz build-mingw32 build-mingw64 out
