@@ -38,6 +38,10 @@ DecodedPng decodePngMask(const std::uint8_t* data, std::size_t size, double gamm
 // Encodes premultiplied pixels as an 8-bit RGBA file (alpha divided out).
 std::vector<std::uint8_t> encodePng(const Pixel* pixels, int width, int height, int stride);
 
+// Encodes coverage bytes as an 8-bit grey file (glyph atlases: a gamma
+// given when decoding then acts on the coverage).
+std::vector<std::uint8_t> encodeGreyPng(const Coverage* values, int width, int height, int stride);
+
 // The straight (not premultiplied) RGBA bytes that encodePng stores.
 std::vector<std::uint8_t> straightRgba(const Pixel* pixels, int width, int height, int stride);
 

@@ -17,6 +17,8 @@ DecodedPng decodePngMask(const std::uint8_t*, std::size_t, double) {
 
 std::vector<std::uint8_t> encodePng(const Pixel*, int, int, int) { return {}; }
 
+std::vector<std::uint8_t> encodeGreyPng(const Coverage*, int, int, int) { return {}; }
+
 }  // namespace OrlPixels
 
 #endif

@@ -184,7 +184,8 @@ void writeToVector(png_structp png, png_bytep data, png_size_t count) {
 
 void flushNothing(png_structp) {}
 
-bool writeRaw(const std::uint8_t* rgba, int width, int height, std::vector<std::uint8_t>* out) {
+// Writes rows of 8-bit samples: 4 channels as RGBA, 1 as grey.
+bool writeRaw(const std::uint8_t* rows, int channels, int width, int height, std::vector<std::uint8_t>* out) {
     png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, silentError, silentWarning);
     if (png == nullptr) return false;
     png_infop info = png_create_info_struct(png);
@@ -197,11 +198,12 @@ bool writeRaw(const std::uint8_t* rgba, int width, int height, std::vector<std::
         return false;
     }
     png_set_write_fn(png, out, writeToVector, flushNothing);
-    png_set_IHDR(png, info, png_uint_32(width), png_uint_32(height), 8, PNG_COLOR_TYPE_RGB_ALPHA, PNG_INTERLACE_NONE,
+    png_set_IHDR(png, info, png_uint_32(width), png_uint_32(height), 8,
+                 channels == 1 ? PNG_COLOR_TYPE_GRAY : PNG_COLOR_TYPE_RGB_ALPHA, PNG_INTERLACE_NONE,
                  PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
     png_write_info(png, info);
     for (int y = 0; y < height; ++y)
-        png_write_row(png, const_cast<png_bytep>(rgba + std::size_t(y) * std::size_t(width) * 4));
+        png_write_row(png, const_cast<png_bytep>(rows + std::size_t(y) * std::size_t(width) * std::size_t(channels)));
     png_write_end(png, nullptr);
     png_destroy_write_struct(&png, &info);
     return true;
@@ -213,7 +215,19 @@ std::vector<std::uint8_t> encodePng(const Pixel* pixels, int width, int height, 
     std::vector<std::uint8_t> out;
     if (width <= 0 || height <= 0) return out;
     const std::vector<std::uint8_t> rgba = straightRgba(pixels, width, height, stride);
-    if (!writeRaw(rgba.data(), width, height, &out)) out.clear();
+    if (!writeRaw(rgba.data(), 4, width, height, &out)) out.clear();
+    return out;
+}
+
+std::vector<std::uint8_t> encodeGreyPng(const Coverage* values, int width, int height, int stride) {
+    std::vector<std::uint8_t> out;
+    if (width <= 0 || height <= 0) return out;
+    std::vector<std::uint8_t> rows(std::size_t(width) * std::size_t(height));
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x)
+            rows[std::size_t(y) * std::size_t(width) + std::size_t(x)] =
+                values[std::size_t(y) * std::size_t(stride) + std::size_t(x)];
+    if (!writeRaw(rows.data(), 1, width, height, &out)) out.clear();
     return out;
 }
 

@@ -1,0 +1,102 @@
+#include "pixels/BitmapFont.h"
+
+#include <gtest/gtest.h>
+
+#include "FontTestSupport.h"
+#include "PixelTestSupport.h"
+
+using namespace OrlPixels;
+using pixeltest::Canvas;
+
+namespace {
+
+// The columns of a row that carry any ink.
+std::vector<int> inkedColumns(const Canvas& c, int y) {
+    std::vector<int> xs;
+    for (int x = 0; x < c.width; ++x)
+        if (c.pixels[std::size_t(y) * std::size_t(c.width) + std::size_t(x)] != 0xFF000000u) xs.push_back(x);
+    return xs;
+}
+
+long inkSum(const Canvas& c) {
+    long sum = 0;
+    for (Pixel p : c.pixels) sum += long(p & 0xFF);
+    return sum;
+}
+
+}  // namespace
+
+TEST(BitmapFontTest, MeasureSumsAdvancesAndKerning) {
+    const FontRef f = fonttest::boxes();
+    EXPECT_EQ(f->measure("A").width, 5);
+    EXPECT_EQ(f->measure("V").width, 4);
+    EXPECT_EQ(f->measure("AV").width, 5 - 2 + 4);
+    EXPECT_EQ(f->measure("VA").width, 9);  // no pair V,A
+    EXPECT_EQ(f->measure("AV").height, 9);
+    EXPECT_EQ(f->measure("").width, 0);
+    EXPECT_EQ(f->lineHeight(), 9);
+    EXPECT_EQ(f->ascent(), 7);
+}
+
+TEST(BitmapFontTest, ATrailingSpaceWidensTheText) {
+    const FontRef f = fonttest::boxes();
+    EXPECT_EQ(f->measure("A ").width, f->measure("A").width + 3);
+    EXPECT_EQ(f->measure(" ").width, 3);
+}
+
+TEST(BitmapFontTest, ACharacterTheFontLacksTakesNoRoomAndDrawsNothing) {
+    const FontRef f = fonttest::boxes();
+    EXPECT_EQ(f->measure("AzA").width, f->measure("AA").width);
+    Canvas a(32, 12, 0xFF000000u), b(32, 12, 0xFF000000u);
+    f->draw(a.surface, "AzA", 2, 1, 0xFFFFFFFFu);
+    f->draw(b.surface, "AA", 2, 1, 0xFFFFFFFFu);
+    EXPECT_EQ(a.pixels, b.pixels);
+}
+
+TEST(BitmapFontTest, GlyphsLandAtPenPlusOffsetsAndKerningMovesThePen) {
+    const FontRef f = fonttest::boxes();
+    Canvas c(32, 12, 0xFF000000u);
+    f->draw(c.surface, "AV", 2, 1, 0xFFFFFFFFu);
+    // y = 1 + yoffset 1: the boxes start on row 2 and take 6 rows.
+    EXPECT_TRUE(inkedColumns(c, 1).empty());
+    EXPECT_TRUE(inkedColumns(c, 8).empty());
+    // A at 2..5; V at pen 2 + 5 - 2 = 5, plus xoffset 1: 6..8.
+    EXPECT_EQ(inkedColumns(c, 2), (std::vector<int>{2, 3, 4, 5, 6, 7, 8}));
+    Canvas apart(32, 12, 0xFF000000u);
+    f->draw(apart.surface, "VA", 2, 1, 0xFFFFFFFFu);
+    // V at 3..5, A at 2 + 4 = 6..9.
+    EXPECT_EQ(inkedColumns(apart, 7), (std::vector<int>{3, 4, 5, 6, 7, 8, 9}));
+}
+
+TEST(BitmapFontTest, TheColourIsChosenAtDrawTime) {
+    const FontRef f = fonttest::boxes();
+    Canvas c(16, 12, 0);
+    f->draw(c.surface, "A", 0, 0, 0xFF00FF00u);
+    EXPECT_EQ(c.pixels[std::size_t(3) * 16 + 1], 0xFF00FF00u);
+    EXPECT_EQ(c.pixels[0], 0u);
+}
+
+TEST(BitmapFontTest, TwoGammasGiveTwoWeights) {
+    const FontRef light = fonttest::boxes(1.8);
+    const FontRef heavy = fonttest::boxes(2.7);
+    Canvas a(16, 12, 0xFF000000u), b(16, 12, 0xFF000000u);
+    light->draw(a.surface, "g", 0, 0, 0xFFFFFFFFu);
+    heavy->draw(b.surface, "g", 0, 0, 0xFFFFFFFFu);
+    // The half-covered glyph decodes to a different coverage at each gamma.
+    EXPECT_NE(inkSum(a), inkSum(b));
+    EXPECT_GT(inkSum(a), 0);
+    EXPECT_GT(inkSum(b), 0);
+}
+
+TEST(BitmapFontTest, AFontThatIsNotThereFails) {
+    try {
+        loadBitmapFont("noSuchFont", 0);
+        FAIL() << "no failure";
+    } catch (const Exception& e) {
+        EXPECT_STREQ(e.what(), "Could not obtain font : noSuchFont");
+    }
+}
+
+TEST(BitmapFontTest, APageThatIsNotGivenFails) {
+    EXPECT_THROW(bitmapFontFromData(fonttest::description(), {}, 0), OrlAngelCode::Exception);
+}
