@@ -11,7 +11,7 @@ packages_for() {
                 libfreetype-dev libfontconfig-dev fonts-dejavu-core ;;
     fuzz)  echo clang libclang-rt-14-dev ;;
     cross) echo g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix ;;
-    tools) echo libfreetype-dev ;;
+    tools) echo libfreetype-dev fonts-league-spartan fonts-open-sans ;;
     host)  echo ardour wine64 python3 g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64 ;;
     *) echo "setup-debian: unknown package group '$1'" >&2; exit 1 ;;
   esac

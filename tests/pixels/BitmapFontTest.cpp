@@ -100,3 +100,77 @@ TEST(BitmapFontTest, AFontThatIsNotThereFails) {
 TEST(BitmapFontTest, APageThatIsNotGivenFails) {
     EXPECT_THROW(bitmapFontFromData(fonttest::description(), {}, 0), OrlAngelCode::Exception);
 }
+
+// ---------------------------------------------------------------------------
+// The panel's fonts, each at the weight for dark text on light ground (gamma
+// 1.8) and for light text on dark ground (2.7), pixel for pixel against the
+// stored picture. TENDRANE_WRITE_GOLDEN=1 replaces it (only after looking).
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+namespace {
+
+const char* const PANEL_FONTS[] = {"futura14", "futura14_lt", "futura16", "futura16b_lt",
+                                   "futura18", "futura18i",   "segoe14b"};
+
+std::vector<Pixel> specimen(int& width, int& height) {
+    const std::string lines[2] = {"Tuning Atonality Release Effect AV To Wa 0.5",
+                                  "Volume = -6.0 dB  \"Plant Seed\" (quick!) fx_chors"};
+    width = 384;
+    height = 0;
+    for (const char* name : PANEL_FONTS) height += 2 * (2 * loadBitmapFont(name, 1.8)->lineHeight() + 4);
+    std::vector<Pixel> pixels(std::size_t(width) * std::size_t(height), 0xFFE8E8E8u);
+    Surface surface(pixels.data(), width, IntRect(0, 0, width, height));
+    int y = 0;
+    for (const char* name : PANEL_FONTS) {
+        for (int dark = 0; dark < 2; ++dark) {
+            const FontRef f = loadBitmapFont(name, dark ? 2.7 : 1.8);
+            const int band = 2 * f->lineHeight() + 4;
+            if (dark)
+                for (int r = y; r < y + band; ++r)
+                    for (int x = 0; x < width; ++x) pixels[std::size_t(r) * std::size_t(width) + std::size_t(x)] = 0xFF141A14u;
+            for (int l = 0; l < 2; ++l)
+                f->draw(surface, lines[l], 4, y + 2 + l * f->lineHeight(), dark ? 0xFFE0E0E0u : 0xFF000000u);
+            y += band;
+        }
+    }
+    return pixels;
+}
+
+}  // namespace
+
+TEST(BitmapFontTest, ThePanelFontsDrawAsStored) {
+    if (!pngAvailable()) GTEST_SKIP() << "no PNG support in this build";
+    int width = 0, height = 0;
+    const std::vector<Pixel> pixels = specimen(width, height);
+    const std::filesystem::path stored = std::filesystem::path(TENDRANE_SOURCE_DIR) / "tests/golden/fonts/specimen.png";
+    const char* write = std::getenv("TENDRANE_WRITE_GOLDEN");
+    if (write != nullptr && std::string(write) == "1") {
+        std::filesystem::create_directories(stored.parent_path());
+        const std::vector<std::uint8_t> png = encodePng(pixels.data(), width, height, width);
+        std::ofstream(stored, std::ios::binary).write(reinterpret_cast<const char*>(png.data()), std::streamsize(png.size()));
+    }
+    std::ifstream in(stored, std::ios::binary);
+    const std::vector<std::uint8_t> bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    ASSERT_FALSE(bytes.empty()) << "missing " << stored;
+    const DecodedPng d = decodePng(bytes.data(), bytes.size(), 0, true);
+    ASSERT_EQ(d.width, width);
+    ASSERT_EQ(d.height, height);
+    std::size_t differing = 0;
+    for (std::size_t i = 0; i < pixels.size(); ++i) differing += pixels[i] != d.pixels[i];
+    EXPECT_EQ(differing, 0u);
+}
+
+TEST(BitmapFontTest, EqualNameAndGammaShareOneDecodedFont) {
+    const FontRef a = loadBitmapFont("futura14", 1.8);
+    const FontRef b = loadBitmapFont("FUTURA14", 1.8);
+    const FontRef c = loadBitmapFont("futura14", 2.7);
+    EXPECT_EQ(a.get(), b.get());
+    EXPECT_NE(a.get(), c.get());
+    EXPECT_GT(a->measure("AV").width, 0);
+    // The face's kerning reached the description.
+    EXPECT_LT(a->measure("AV").width, a->measure("A").width + a->measure("V").width);
+}
