@@ -11,8 +11,16 @@
 
 namespace OrlPixels {
 
+namespace {
+
+// Glyph numbers far beyond any atlas are held within reach, so that sums of
+// positions never overflow.
+int tame(int v) { return v < -0x7FFF ? -0x7FFF : v > 0x7FFF ? 0x7FFF : v; }
+
+}  // namespace
+
 BitmapFont::BitmapFont(const OrlAngelCode::Description& d, const std::vector<std::pair<int, ImageRef>>& pages)
-    : lineHeight_(d.common.lineHeight), base_(d.common.base) {
+    : lineHeight_(tame(d.common.lineHeight)), base_(tame(d.common.base)) {
     std::map<int, Mask*> masks;
     for (const auto& [id, image] : pages) {
         pages_.push_back(image);
@@ -22,16 +30,16 @@ BitmapFont::BitmapFont(const OrlAngelCode::Description& d, const std::vector<std
         if (code < 0 || code > 255) continue;
         Glyph& g = glyphs_[std::size_t(code)];
         g.present = true;
-        g.source = IntRect(c.x, c.y, c.width > 0 ? c.width : 0, c.height > 0 ? c.height : 0);
-        g.xoffset = c.xoffset;
-        g.yoffset = c.yoffset;
-        g.xadvance = c.xadvance;
+        g.source = IntRect(tame(c.x), tame(c.y), c.width > 0 ? tame(c.width) : 0, c.height > 0 ? tame(c.height) : 0);
+        g.xoffset = tame(c.xoffset);
+        g.yoffset = tame(c.yoffset);
+        g.xadvance = tame(c.xadvance);
         const auto page = masks.find(c.page);
         g.page = page == masks.end() ? nullptr : page->second;
     }
     for (const auto& [pair, amount] : d.kernings) {
         if (pair.first < 0 || pair.first > 255 || pair.second < 0 || pair.second > 255) continue;
-        kernings_[unsigned(pair.first) << 8 | unsigned(pair.second)] = amount;
+        kernings_[unsigned(pair.first) << 8 | unsigned(pair.second)] = tame(amount);
     }
 }
 

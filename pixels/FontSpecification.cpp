@@ -12,7 +12,12 @@ namespace OrlPixels {
 
 namespace {
 
-int roundedInt(double v) { return int(std::floor(v + 0.5)); }
+// Numbers far beyond any glyph are held within reach (NaN counts as 0).
+int roundedInt(double v) {
+    if (!(v > -32767.0)) return v < 0 ? -32767 : 0;
+    if (v > 32767.0) return 32767;
+    return int(std::floor(v + 0.5));
+}
 
 // A film named plainly or as `{ name: ... }`.
 std::string filmName(const std::string& text) {

@@ -83,7 +83,9 @@ public:
             FT_Done_FreeType(library_);
             throw Exception("Could not obtain font : " + name);
         }
-        const int pixels = std::max(1, int(std::floor(style.size * 96.0 / 72.0 + 0.5)));
+        // Sizes outside what a panel can show are held at its limits.
+        const double points = style.size > 1.0 ? std::min(style.size, 500.0) : 1.0;
+        const int pixels = std::max(1, int(std::floor(points * 96.0 / 72.0 + 0.5)));
         FT_Set_Pixel_Sizes(face_, 0, FT_UInt(pixels));
         const FT_Size_Metrics& m = face_->size->metrics;
         ascent_ = int((m.ascender + 63) / 64);

@@ -19,7 +19,9 @@ public:
         dc_ = CreateCompatibleDC(nullptr);
         const std::string name = style.face.empty() ? DEFAULT_SYSTEM_FACE : style.face;
         const std::wstring face(name.begin(), name.end());
-        const int pixels = std::max(1, int(std::floor(style.size * 96.0 / 72.0 + 0.5)));
+        // Sizes outside what a panel can show are held at its limits.
+        const double points = style.size > 1.0 ? std::min(style.size, 500.0) : 1.0;
+        const int pixels = std::max(1, int(std::floor(points * 96.0 / 72.0 + 0.5)));
         font_ = CreateFontW(-pixels, 0, 0, 0, style.bold ? FW_BOLD : FW_NORMAL, style.italic, style.underline, FALSE,
                             ANSI_CHARSET, OUT_DEFAULT_PRECIS, CLIP_DEFAULT_PRECIS, ANTIALIASED_QUALITY,
                             DEFAULT_PITCH | FF_DONTCARE, face.c_str());
