@@ -27,6 +27,7 @@ int runChunk(const std::vector<std::string>& args);
 int runQuol(const std::vector<std::string>& args);
 int runSelftest(const std::vector<std::string>& args);
 int runPanel(const std::vector<std::string>& args);
+int runArtworkSheet(const std::vector<std::string>& args);
 
 extern const char* const kVersionUsage;
 extern const char* const kRenderUsage;
@@ -36,6 +37,7 @@ extern const char* const kChunkUsage;
 extern const char* const kQuolUsage;
 extern const char* const kSelftestUsage;
 extern const char* const kPanelUsage;
+extern const char* const kArtworkSheetUsage;
 
 // For commands whose subsystem is not in this build yet.
 int notAvailable(const char* command);

@@ -14,6 +14,8 @@ const std::vector<Command>& commands() {
         {"quol", "evaluate script text", kQuolUsage, runQuol},
         {"selftest", "render the stored seeds and compare them with their recordings", kSelftestUsage, runSelftest},
         {"panel", "render the editor panel to a PNG image", kPanelUsage, runPanel},
+        {"artwork-sheet", "draw every image and font of the panel on one contact sheet", kArtworkSheetUsage,
+         runArtworkSheet},
     };
     return table;
 }

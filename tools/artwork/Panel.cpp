@@ -153,14 +153,15 @@ Picture drawAboutBoxOverlay(int scale) {
     Picture p(360, 420, scale);
     const Pixel soft = rgba(0xB4, 0xBC, 0xA8);
     p.text("futura18", 2.7, "Tendrane", 196, 28, ACCENT);
-    p.text("futura14_lt", 2.7, "a synthesizer grown from a seed", 196, 52, soft);
+    p.text("futura14_lt", 2.7, "a synthesizer grown", 196, 52, soft);
+    p.text("futura14_lt", 2.7, "from a seed", 196, 68, soft);
     Polygon rule;
-    rule.addLine(196, 76, 342, 76);
+    rule.addLine(196, 92, 342, 92);
     p.stroke(rule, pen(rgba(0x5A, 0x66, 0x4C), 1.0, OrlPixels::BUTT_CAPS));
     const char* lines[] = {"Twelve branches, one for", "each note of the octave.", "Drag them to grow the sound,",
                            "plant one to start anew.", "", "Type: League Spartan and", "Open Sans, under their",
                            "own free licences."};
-    double y = 88;
+    double y = 104;
     for (const char* line : lines) {
         p.text("futura14_lt", 2.7, line, 196, y, soft);
         y += 17;
