@@ -1,0 +1,35 @@
+#include "fomal/MessageCatalogue.h"
+
+#include <gtest/gtest.h>
+
+#include "platform/Exceptions.h"
+
+using namespace Fomal;
+
+TEST(MessageCatalogueTest, EntriesCommentsAndEscapes) {
+    const MessageCatalogue c = MessageCatalogue::parse(
+        "// a comment\n"
+        "\"Change Wheel\" = \"Wheel changed\"  // trailing comment\n"
+        "\n"
+        "  'Two\\nlines' = \"A\\tB\";\r\n"
+        "\"Quol error: ^E\\n^S\" = \"Script failed: ^E\\n^S\"");
+    EXPECT_EQ(c.size(), 3u);
+    EXPECT_EQ(c.lookup("Change Wheel"), "Wheel changed");
+    EXPECT_EQ(c.lookup("Quol error: ^E\n^S"), "Script failed: ^E\n^S");
+    EXPECT_EQ(c.lookup("Not there"), "Not there");
+}
+
+TEST(MessageCatalogueTest, ALineThatIsNoEntryFails) {
+    EXPECT_THROW(MessageCatalogue::parse("\"a\" \"b\"\n"), Exception);
+    EXPECT_THROW(MessageCatalogue::parse("a = \"b\"\n"), Exception);
+    EXPECT_THROW(MessageCatalogue::parse("\"a\" = \"b\" extra\n"), Exception);
+    EXPECT_THROW(MessageCatalogue::parse("\"a\" = \"b\n"), Exception);
+}
+
+TEST(MessageCatalogueTest, TheProductCatalogueHasTheTextsTheInterfaceNeeds) {
+    const MessageCatalogue& c = MessageCatalogue::product();
+    EXPECT_GE(c.size(), 8u);
+    EXPECT_EQ(c.lookup("Unexpected error"), "Unexpected error");
+    EXPECT_EQ(c.lookup("No programs found"), "No programs found");
+    EXPECT_EQ(c.lookup("Error: ^E"), "Error: ^E");
+}
