@@ -54,6 +54,8 @@ demo: build
 	  echo "render out/factory$$n.wav"; \
 	  $(BUILD)/bin/tendrane render --factory $$n --notes $$phrase -o out/factory$$n.wav || exit 1; \
 	done
+	@echo "draw out/artwork-sheet.png"
+	$(BUILD)/bin/tendrane artwork-sheet -o out/artwork-sheet.png
 
 # The host tests need the real hosts (and wine with the Windows compiler).
 test-setup:
@@ -123,7 +125,7 @@ test-release: setup
 resources:
 	@tools/setup-debian.sh build tools
 	$(call configure,build-tools,-DTENDRANE_TOOLS=ON -DTENDRANE_TESTS=OFF -DTENDRANE_BENCH=OFF)
-	cmake --build build-tools -j $(JOBS)
+	cmake --build build-tools -j $(JOBS) --target fontbake artwork
 	ctest --test-dir build-tools --output-on-failure -j $(JOBS) -L resources --no-tests=ignore
 
 # What CI runs (.ci/run is `make ci`), step by step, each with its time.
