@@ -7,16 +7,9 @@
 #include <string>
 
 #include "fomal/EditorCore.h"
+#include "fomal/StillSubstitution.h"
 
 namespace {
-
-class StillPatch : public Fomal::SubstitutionContext {
-public:
-    std::string patchName() const override { return "Glass Harmonium"; }
-    std::string undoLabel() const override { return {}; }
-    std::string redoLabel() const override { return {}; }
-    std::string evaluate(std::string_view) override { return {}; }
-};
 
 std::string widgetsLayout() {
     std::ifstream in(std::string(TENDRANE_SOURCE_DIR) + "/tests/golden/panel/widgets.fomal");
@@ -24,7 +17,7 @@ std::string widgetsLayout() {
 }
 
 void BM_FullRepaint(benchmark::State& state) {
-    StillPatch patch;
+    Fomal::StillSubstitution patch("Glass Harmonium");
     Fomal::EditorCore editor(patch);
     editor.openLayoutText(widgetsLayout());
     for (auto _ : state) {
@@ -34,7 +27,7 @@ void BM_FullRepaint(benchmark::State& state) {
 }
 
 void BM_HitTest(benchmark::State& state) {
-    StillPatch patch;
+    Fomal::StillSubstitution patch("Glass Harmonium");
     Fomal::EditorCore editor(patch);
     editor.openLayoutText(widgetsLayout());
     int x = 0;
@@ -45,7 +38,7 @@ void BM_HitTest(benchmark::State& state) {
 }
 
 void BM_PaintWithNothingToDo(benchmark::State& state) {
-    StillPatch patch;
+    Fomal::StillSubstitution patch("Glass Harmonium");
     Fomal::EditorCore editor(patch);
     editor.openLayoutText(widgetsLayout());
     editor.paint();

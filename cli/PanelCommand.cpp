@@ -6,6 +6,7 @@
 #include "cli/Command.h"
 #include "cli/Options.h"
 #include "fomal/EditorCore.h"
+#include "fomal/StillSubstitution.h"
 #include "fomal/View.h"
 #include "pixels/Png.h"
 #include "platform/Exceptions.h"
@@ -30,15 +31,6 @@ const char* const kPanelUsage =
     "come with the editor; until then a layout is shown as it stands.\n";
 
 namespace {
-
-// Live values of a headless panel with no plug-in behind it.
-class StillPatch : public Fomal::SubstitutionContext {
-public:
-    std::string patchName() const override { return "Init"; }
-    std::string undoLabel() const override { return {}; }
-    std::string redoLabel() const override { return {}; }
-    std::string evaluate(std::string_view) override { return {}; }
-};
 
 void printTree(const Fomal::View& v, int depth, std::string& out) {
     const std::string indent(std::size_t(depth) * 2, ' ');
@@ -77,7 +69,7 @@ int runPanel(const std::vector<std::string>& args) {
     if (!in) throw Exception("Could not obtain layout : " + file);
     const std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
 
-    StillPatch patch;
+    Fomal::StillSubstitution patch;
     Fomal::EditorCore editor(patch);
     try {
         editor.openLayoutText(text);

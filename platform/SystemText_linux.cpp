@@ -12,6 +12,7 @@
 #include <cmath>
 
 #include "platform/Exceptions.h"
+#include "platform/SystemCodePage.h"
 
 namespace platform {
 
@@ -24,18 +25,6 @@ constexpr const char* DEFAULT_FACE_FILES[4] = {
     "/usr/share/fonts/truetype/dejavu/DejaVuSans-Oblique.ttf",
     "/usr/share/fonts/truetype/dejavu/DejaVuSans-BoldOblique.ttf",
 };
-
-// Windows-1252 between 0x80 and 0x9F; 0 where the code page has a hole.
-constexpr std::uint16_t CP1252_HIGH[32] = {
-    0x20AC, 0, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0, 0x017D, 0,
-    0, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0, 0x017E,
-    0x0178,
-};
-
-unsigned codePoint(unsigned char c) {
-    if (c >= 0x80 && c < 0xA0) return CP1252_HIGH[c - 0x80];
-    return c;
-}
 
 bool sameName(std::string_view a, std::string_view b) {
     if (a.size() != b.size()) return false;
@@ -164,7 +153,7 @@ private:
         FT_UInt previous = 0;
         const bool kerning = FT_HAS_KERNING(face_);
         for (const char ch : text) {
-            const unsigned code = codePoint(static_cast<unsigned char>(ch));
+            const unsigned code = systemCodePoint(static_cast<unsigned char>(ch));
             const FT_UInt index = code == 0 ? 0 : FT_Get_Char_Index(face_, code);
             if (kerning && previous != 0 && index != 0) {
                 FT_Vector delta{0, 0};

@@ -4,15 +4,14 @@
 #include <string>
 
 #include "fomal/EditorCore.h"
+#include "fomal/StillSubstitution.h"
 
 namespace viewtest {
 
-class StillPatch : public Fomal::SubstitutionContext {
+// Script blocks give "7".
+class StillPatch : public Fomal::StillSubstitution {
 public:
-    std::string patchName() const override { return "Init"; }
-    std::string undoLabel() const override { return {}; }
-    std::string redoLabel() const override { return {}; }
-    std::string evaluate(std::string_view) override { return "7"; }
+    StillPatch() : Fomal::StillSubstitution("Init", "7") {}
 };
 
 struct Editor {

@@ -6,21 +6,10 @@
 #include <string_view>
 
 #include "fomal/EditorCore.h"
-
-namespace {
-
-class StillPatch : public Fomal::SubstitutionContext {
-public:
-    std::string patchName() const override { return "Init"; }
-    std::string undoLabel() const override { return {}; }
-    std::string redoLabel() const override { return {}; }
-    std::string evaluate(std::string_view) override { return {}; }
-};
-
-}  // namespace
+#include "fomal/StillSubstitution.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    StillPatch patch;
+    Fomal::StillSubstitution patch;
     Fomal::EditorCore editor(patch);
     try {
         editor.openLayoutText(std::string_view(reinterpret_cast<const char*>(data), size));

@@ -43,48 +43,39 @@ void Picture::scaled(Polygon& path) const {
     if (scale_ != 1) path.transform(AffineTransformation::scaling(scale_, scale_));
 }
 
-void Picture::fill(Polygon path, Pixel color, int mode) {
+void Picture::through(Polygon path, Raster& paint, int mode) {
     scaled(path);
     PolygonMask mask(path, surface_.bounds);
-    SolidRaster ink(color);
-    MaskedRaster masked(ink, mask);
-    surface_.draw(masked, mode);
-}
-
-void Picture::stroke(Polygon path, const Pen& p, int mode) {
-    Pen s = p;
-    s.stroke *= scale_;
-    s.dash *= scale_;
-    s.gap *= scale_;
-    s.dashOffset *= scale_;
-    scaled(path);
-    applyPen(path, s);
-    PolygonMask mask(path, surface_.bounds);
-    SolidRaster ink(p.color);
-    MaskedRaster masked(ink, mask);
-    surface_.draw(masked, mode);
-}
-
-void Picture::linear(Polygon path, double x0, double y0, double x1, double y1, const std::vector<GradientStop>& stops,
-                     int mode) {
-    scaled(path);
-    PolygonMask mask(path, surface_.bounds);
-    LinearGradient paint(surface_.bounds, x0 * scale_, y0 * scale_, x1 * scale_, y1 * scale_, stops);
     MaskedRaster masked(paint, mask);
     surface_.draw(masked, mode);
 }
 
+void Picture::fill(Polygon path, Pixel color, int mode) {
+    SolidRaster ink(color);
+    through(std::move(path), ink, mode);
+}
+
+void Picture::stroke(Polygon path, const Pen& p, int mode) {
+    // Stroked at density 1; the outline is scaled like any path.
+    applyPen(path, p);
+    SolidRaster ink(p.color);
+    through(std::move(path), ink, mode);
+}
+
+void Picture::linear(Polygon path, double x0, double y0, double x1, double y1, const std::vector<GradientStop>& stops,
+                     int mode) {
+    LinearGradient paint(surface_.bounds, x0 * scale_, y0 * scale_, x1 * scale_, y1 * scale_, stops);
+    through(std::move(path), paint, mode);
+}
+
 void Picture::radial(Polygon path, double cx, double cy, double rx, double ry, const std::vector<GradientStop>& stops,
                      int mode) {
-    scaled(path);
-    PolygonMask mask(path, surface_.bounds);
     // The radial ramp is full at the centre and empty at the rim; the
     // artwork's stops count from the centre out.
     std::vector<GradientStop> outward;
     for (auto it = stops.rbegin(); it != stops.rend(); ++it) outward.push_back({1.0 - it->position, it->color});
     RadialGradient paint(surface_.bounds, cx * scale_, cy * scale_, rx * scale_, ry * scale_, outward);
-    MaskedRaster masked(paint, mask);
-    surface_.draw(masked, mode);
+    through(std::move(path), paint, mode);
 }
 
 void Picture::cut(Polygon path) {

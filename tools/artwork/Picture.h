@@ -10,6 +10,7 @@
 #include "pixels/ColorTable.h"
 #include "pixels/Pen.h"
 #include "pixels/Polygon.h"
+#include "pixels/Raster.h"
 #include "pixels/Surface.h"
 
 namespace artwork {
@@ -53,6 +54,8 @@ public:
 
 private:
     void scaled(Polygon& path) const;
+    // Paints through the area of a density-1 path.
+    void through(Polygon path, OrlPixels::Raster& paint, int mode);
 
     int width_;
     int height_;

@@ -12,8 +12,11 @@
 #include "Images.h"
 #include "Symbols.h"
 #include "pixels/Png.h"
+#include "tools/common/ToolFiles.h"
 
 namespace {
+
+using tools::readFile;
 
 const char* const USAGE =
     "Usage:\n"
@@ -22,22 +25,10 @@ const char* const USAGE =
     "  artwork --list                    the names of the images\n"
     "DIR is normally the resources folder. N is the pixel density (1: the panel as it is; 2: twice as dense).\n";
 
-std::string readFile(const std::string& path, bool& found) {
-    std::ifstream in(path, std::ios::binary);
-    found = bool(in);
-    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
-
-void writeFile(const std::string& path, const std::string& bytes) {
-    std::ofstream out(path, std::ios::binary);
-    out.write(bytes.data(), std::streamsize(bytes.size()));
-    if (!out) throw std::runtime_error("cannot write " + path + " (does the folder exist?)");
-}
-
 // Writes or compares one file; false when a comparison differs.
 bool emit(const std::string& path, const std::string& bytes, bool checking) {
     if (!checking) {
-        writeFile(path, bytes);
+        tools::writeFile(path, bytes.data(), bytes.size());
         return true;
     }
     bool found = false;

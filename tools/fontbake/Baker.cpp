@@ -12,6 +12,7 @@
 #include "GposKerning.h"
 #include "pixels/AngelCode.h"
 #include "pixels/Png.h"
+#include "platform/SystemCodePage.h"
 
 namespace fontbake {
 
@@ -20,17 +21,11 @@ namespace {
 constexpr int PAGE_WIDTH = 256;
 constexpr int SPACING = 1;
 
-// The code point of each byte of the system's 8-bit text (Windows-1252);
-// 0 where the code page has none.
+// The code point of each byte of the system's 8-bit text; 0 where there is
+// none, control bytes included.
 unsigned codePoint(int byte) {
-    static constexpr std::uint16_t HIGH[32] = {
-        0x20AC, 0,      0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
-        0x2039, 0x0152, 0,      0x017D, 0,      0,      0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
-        0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0,      0x017E, 0x0178,
-    };
     if (byte < 32 || byte == 127) return 0;
-    if (byte >= 0x80 && byte < 0xA0) return HIGH[byte - 0x80];
-    return unsigned(byte);
+    return platform::systemCodePoint(static_cast<unsigned char>(byte));
 }
 
 struct Glyph {

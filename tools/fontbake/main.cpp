@@ -11,8 +11,12 @@
 
 #include "Baker.h"
 #include "FontTable.h"
+#include "tools/common/ToolFiles.h"
 
 namespace {
+
+using tools::readFile;
+using tools::writeFile;
 
 const char* const USAGE =
     "Usage:\n"
@@ -21,18 +25,6 @@ const char* const USAGE =
     "  fontbake --face FILE --size PIXELS --name NAME [--oblique] [--scale N] -o DIR\n"
     "                                       bake one face\n"
     "Each font is NAME.fnt (the glyph description) and NAME_0.png (its atlas page).\n";
-
-std::string readFile(const std::string& path, bool& found) {
-    std::ifstream in(path, std::ios::binary);
-    found = bool(in);
-    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
-
-void writeFile(const std::string& path, const void* data, std::size_t size) {
-    std::ofstream out(path, std::ios::binary);
-    out.write(static_cast<const char*>(data), std::streamsize(size));
-    if (!out) throw std::runtime_error("cannot write " + path);
-}
 
 void save(const fontbake::BakeRequest& r, const std::string& dir) {
     const fontbake::BakedFiles f = fontbake::bake(r);
