@@ -73,13 +73,15 @@ ArtworkSheet drawArtworkSheet() {
     struct Placed {
         SheetEntry entry;
         ImageRef image;
-        int shown;  // the size a frame is shown at: large frames are shown smaller
-        int x, y;
+        int shown = 1;  // frames are shown at 1 / shown of their size
+        int x = 0, y = 0;
     };
     std::vector<Placed> placed;
     int x = GAP, y = GAP, rowHeight = 0;
     for (const std::string& name : imageNames()) {
-        Placed p{{name, 0, 0, 1}, loadImage(name, PLAIN_FORMAT), 1, 0, 0};
+        Placed p;
+        p.entry.name = name;
+        p.image = loadImage(name, PLAIN_FORMAT);
         p.entry.width = p.image->width;
         p.entry.height = p.image->height;
         for (const FilmCut& f : FILMS) {

@@ -20,7 +20,11 @@ bool startsWith(std::string_view text, std::size_t at, std::string_view prefix) 
 }
 
 std::string stepLabel(const std::string& label, const MessageCatalogue& catalogue) {
-    return label.empty() ? std::string() : " " + catalogue.lookup(label);
+    std::string shown;
+    if (label.empty()) return shown;
+    shown += ' ';
+    shown += catalogue.lookup(label);
+    return shown;
 }
 
 }  // namespace
