@@ -7,7 +7,7 @@
 #include <string>
 
 #include "fomal/EditorCore.h"
-#include "fomal/StillSubstitution.h"
+#include "fomal/StillHost.h"
 
 namespace {
 
@@ -17,8 +17,9 @@ std::string widgetsLayout() {
 }
 
 void BM_FullRepaint(benchmark::State& state) {
-    Fomal::StillSubstitution patch("Glass Harmonium");
-    Fomal::EditorCore editor(patch);
+    Fomal::StillHost host("Glass Harmonium");
+    Fomal::VirtualClock clock;
+    Fomal::EditorCore editor(host, clock);
     editor.openLayoutText(widgetsLayout());
     for (auto _ : state) {
         editor.invalidate(OrlPixels::IntRect(0, 0, 384, 512));
@@ -27,8 +28,9 @@ void BM_FullRepaint(benchmark::State& state) {
 }
 
 void BM_HitTest(benchmark::State& state) {
-    Fomal::StillSubstitution patch("Glass Harmonium");
-    Fomal::EditorCore editor(patch);
+    Fomal::StillHost host("Glass Harmonium");
+    Fomal::VirtualClock clock;
+    Fomal::EditorCore editor(host, clock);
     editor.openLayoutText(widgetsLayout());
     int x = 0;
     for (auto _ : state) {
@@ -38,8 +40,9 @@ void BM_HitTest(benchmark::State& state) {
 }
 
 void BM_PaintWithNothingToDo(benchmark::State& state) {
-    Fomal::StillSubstitution patch("Glass Harmonium");
-    Fomal::EditorCore editor(patch);
+    Fomal::StillHost host("Glass Harmonium");
+    Fomal::VirtualClock clock;
+    Fomal::EditorCore editor(host, clock);
     editor.openLayoutText(widgetsLayout());
     editor.paint();
     for (auto _ : state) benchmark::DoNotOptimize(editor.paint());

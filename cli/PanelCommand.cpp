@@ -6,7 +6,7 @@
 #include "cli/Command.h"
 #include "cli/Options.h"
 #include "fomal/EditorCore.h"
-#include "fomal/StillSubstitution.h"
+#include "fomal/StillHost.h"
 #include "fomal/View.h"
 #include "pixels/Png.h"
 #include "platform/Exceptions.h"
@@ -69,8 +69,9 @@ int runPanel(const std::vector<std::string>& args) {
     if (!in) throw Exception("Could not obtain layout : " + file);
     const std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
 
-    Fomal::StillSubstitution patch;
-    Fomal::EditorCore editor(patch);
+    Fomal::StillHost host;
+    Fomal::VirtualClock clock;
+    Fomal::EditorCore editor(host, clock);
     try {
         editor.openLayoutText(text);
     } catch (const std::exception& e) {

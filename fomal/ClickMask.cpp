@@ -48,4 +48,17 @@ std::uint32_t parseClickMask(std::string_view text) {
     return mask;
 }
 
+bool clickMaskAnswers(std::uint32_t mask, std::uint32_t event) {
+    constexpr std::uint32_t MOMENTS = CLICK_BIT | PRESS_BIT | RELEASE_BIT | DOWN_BIT | UP_BIT | CONTEXT_BIT;
+    constexpr std::uint32_t MODIFIERS = SHIFT_BIT | CONTROL_BIT | ALT_BIT | COMMAND_BIT;
+    constexpr std::uint32_t BUTTONS = LEFT_BIT | RIGHT_BIT;
+    if ((mask & MAC_BIT) && !(mask & WINDOWS_BIT)) return false;
+    if ((mask & (MOMENTS | MODIFIERS | BUTTONS)) == 0) mask |= CLICK_BIT;
+    if ((mask & MOMENTS & event) != (mask & MOMENTS)) return false;
+    if ((mask & MODIFIERS) != (event & MODIFIERS)) return false;
+    std::uint32_t button = mask & BUTTONS;
+    if (button == 0) button = (mask & CONTEXT_BIT) ? RIGHT_BIT : LEFT_BIT;
+    return (button & event) != 0;
+}
+
 }  // namespace Fomal

@@ -30,4 +30,17 @@ enum ClickMaskBit : std::uint32_t {
 // constant: " and the word. An empty text is the empty mask.
 std::uint32_t parseClickMask(std::string_view text);
 
+// The bits of a mouse event: the moment (DOWN_BIT and PRESS_BIT when
+// pressing, UP_BIT and RELEASE_BIT when letting go, CLICK_BIT when letting
+// go inside), the button (LEFT_BIT, or RIGHT_BIT with CONTEXT_BIT on its
+// press) and the modifiers held.
+//
+// An entry answers an event when every moment word it names is there, its
+// modifiers are exactly those held (so a control-click is not a click),
+// its button is the event's (an entry that names none answers the left
+// button, or the right one when it names "context"), and it is for this
+// platform (an entry that names "mac" and not "windows" never answers
+// here). An empty mask stands for "click", as a lone `action` does.
+bool clickMaskAnswers(std::uint32_t mask, std::uint32_t event);
+
 }  // namespace Fomal

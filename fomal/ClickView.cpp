@@ -1,19 +1,17 @@
 #include "fomal/ClickView.h"
 
-#include "fomal/ClickMask.h"
-
 namespace Fomal {
 
-ClickView::ClickView(const ViewBuild& build)
-    : View(build),
-      action_(readString(build.keys.get("action"))),
-      params_(build.keys.get("params")),
-      actions_(build.keys.get("actions")) {
-    // Masks are checked now, so that a wrong word stops the layout.
-    for (const std::string& entry : parseArray(actions_)) {
-        const Array parts = parseArray(entry);
-        if (!parts.empty()) parseClickMask(readString(parts[0]));
-    }
+ClickView::ClickView(const ViewBuild& build) : View(build), actions_(readClickActions(build.keys)) {}
+
+bool ClickView::mouseDown(const MouseEvent& e) {
+    performClickActions(*this, actions_, pressBits(e));
+    // The release is tracked whatever the press did, while the view stands.
+    return !retired();
+}
+
+void ClickView::mouseUp(const MouseEvent& e) {
+    performClickActions(*this, actions_, releaseBits(e, pixelRect().contains(e.x, e.y)));
 }
 
 }  // namespace Fomal

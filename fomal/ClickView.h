@@ -1,10 +1,11 @@
 // An invisible clickable area. Its `action` and `params`, or its `actions`
-// with click masks, are kept for the action dispatcher; with `hint: ""` and
+// with click masks, answer presses and releases; with `hint: ""` and
 // `action: "nop"` it swallows clicks and hints of everything beneath.
 #pragma once
 
-#include <string>
+#include <vector>
 
+#include "fomal/ClickActions.h"
 #include "fomal/View.h"
 
 namespace Fomal {
@@ -13,15 +14,13 @@ class ClickView : public View {
 public:
     explicit ClickView(const ViewBuild& build);
     bool takesMouse() const override { return true; }
+    bool mouseDown(const MouseEvent& e) override;
+    void mouseUp(const MouseEvent& e) override;
 
-    const std::string& action() const { return action_; }
-    const std::string& params() const { return params_; }
-    const std::string& actions() const { return actions_; }
+    const std::vector<ClickAction>& actions() const { return actions_; }
 
 private:
-    std::string action_;
-    std::string params_;
-    std::string actions_;
+    std::vector<ClickAction> actions_;
 };
 
 }  // namespace Fomal

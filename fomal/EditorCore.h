@@ -1,47 +1,133 @@
 // The editor without a window: the 384 x 512 panel surface, the view tree
-// on it and the region waiting to be redrawn. A window (or the headless
-// panel of the command-line program) shows its pixels.
+// on it, the scripts and the action dispatcher, the hint window, the
+// alerts and menus that the panel draws itself, and the idle tick that
+// runs delayed actions, animations and view timers by the one clock. A
+// window (or the headless panel of the command-line program) delivers
+// mouse and key events in panel coordinates and shows the pixels.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "fomal/ActionDispatcher.h"
+#include "fomal/Clock.h"
+#include "fomal/EditorHost.h"
+#include "fomal/EditorScripts.h"
 #include "fomal/EditorServices.h"
+#include "fomal/HintWindow.h"
 #include "fomal/View.h"
 #include "pixels/Pixel.h"
 #include "pixels/Surface.h"
 
 namespace Fomal {
 
-class EditorCore : public EditorServices {
+class EditorCore : public EditorServices, private SubstitutionContext, private DialogPresenter {
 public:
     static constexpr int WIDTH = 384;
     static constexpr int HEIGHT = 512;
+    // How long the mouse rests before a hint shows.
+    static constexpr std::int64_t HINT_DELAY_MS = 400;
 
-    explicit EditorCore(SubstitutionContext& substitution);
+    EditorCore(EditorHost& host, const Clock& clock, const HintWindowStyle& hintStyle = HintWindowStyle());
+    ~EditorCore() override;
 
-    // Builds the view tree of a layout text over the whole panel; on failure
-    // the exception travels on and the tree stays as it was.
+    // Builds the view tree of a layout text over the whole panel and fires
+    // "opened" in its root. On failure the exception travels on and the
+    // tree stays as it was.
     void openLayoutText(std::string_view text);
     // The same for a layout resource by name.
     void openLayout(std::string_view name);
 
     View* root() const { return root_.get(); }
+    EditorScripts& scripts() { return scripts_; }
+
+    // Events from the window, in panel coordinates.
+    void mouseDown(const MouseEvent& e);
+    void mouseMove(const MouseEvent& e);
+    void mouseUp(const MouseEvent& e);
+    // Keys go to the open alert or menu, else to the view with focus.
+    bool keyDown(const KeyEvent& e);
+
+    // Runs what is due by the clock: delayed actions, animations, view
+    // timers and the hint. Cheap when nothing is due.
+    void idle();
+    // When `idle` next has work, INT64_MAX for never.
+    std::int64_t nextWake() const { return wake_; }
 
     // Redraws what was invalidated since the last paint; returns that region.
     OrlPixels::IntRect paint();
     const std::vector<OrlPixels::Pixel>& pixels() const { return pixels_; }
 
+    Cursor cursor() const { return cursor_; }
+    const HintWindow& hint() const { return hint_; }
+
+    // The alert or menu the panel shows now, for windows without a mouse
+    // (the headless panel's `choose`): picks the button or the entry with
+    // that title. False when there is none.
+    bool choose(std::string_view title);
+    bool dialogOpen() const { return !overlay_.empty(); }
+
+    // Every alert as it appears: title and text.
+    std::function<void(const std::string& title, const std::string& text)> onAlert;
+
+    // EditorServices
     void invalidate(const OrlPixels::IntRect& region) override;
-    SubstitutionContext& substitution() override { return substitution_; }
+    SubstitutionContext& substitution() override { return *this; }
+    ActionDispatcher& actions() override { return dispatcher_; }
+    EditorHost& host() override { return host_; }
+    std::int64_t now() const override { return clock_.milliseconds(); }
+    void retire(std::unique_ptr<View> view) override;
+    void reportFailure(std::exception_ptr failure) override;
+    void wakeAt(std::int64_t when) override { wake_ = std::min(wake_, when); }
+
+    // Used by the panel's own alerts and menus.
+    void closeOverlay(View& view);
+    void closeMenus();
+    void openOverlay(std::unique_ptr<View> view);
+    const std::vector<std::unique_ptr<View>>& overlay() const { return overlay_; }
 
 private:
-    SubstitutionContext& substitution_;
+    // SubstitutionContext: live values from the host, script blocks run in
+    // the GUI's frame.
+    std::string patchName() const override { return host_.patchName(); }
+    std::string undoLabel() const override { return host_.undoLabel(); }
+    std::string redoLabel() const override { return host_.redoLabel(); }
+    std::string evaluate(std::string_view script) override;
+
+    // DialogPresenter
+    void showAlert(View& target, const AlertRequest& alert) override;
+    void showPopup(View& target, const PopupRequest& popup) override;
+
+    void presentAlert(View* target, const AlertRequest& alert);
+    // Runs an event's work; a failure that comes up to here is shown.
+    template <typename F>
+    void guarded(F&& work);
+    void buryRetired();
+    void updateHover(int x, int y);
+    std::string hintAt(int x, int y);
+    View* topOverlay() const { return overlay_.empty() ? nullptr : overlay_.back().get(); }
+
+    EditorHost& host_;
+    const Clock& clock_;
+    EditorScripts scripts_;
+    ActionDispatcher dispatcher_;
     std::vector<OrlPixels::Pixel> pixels_;
     OrlPixels::Surface surface_;
     std::unique_ptr<View> root_;
+    std::vector<std::unique_ptr<View>> overlay_;  // alerts and menus, the last on top
+    std::vector<std::unique_ptr<View>> retired_;  // kept until the running event is over
     OrlPixels::IntRect dirty_;
+    std::int64_t wake_ = INT64_MAX;
+
+    View* captured_ = nullptr;
+    View* focus_ = nullptr;
+    std::weak_ptr<const char> capturedLife_, focusLife_;
+    HintWindow hint_;
+    int mouseX_ = -1, mouseY_ = -1;
+    std::int64_t hintDue_ = INT64_MAX;
+    Cursor cursor_ = Cursor::arrow;
 };
 
 }  // namespace Fomal

@@ -1,11 +1,20 @@
-// What the views of one editor ask of it: redraws of panel regions, and
-// the live values that shown texts are filled with.
+// What the views of one editor ask of it: redraws of panel regions, the
+// clock, the action dispatcher, the program around the editor, and the
+// live values that shown texts are filled with.
 #pragma once
+
+#include <cstdint>
+#include <exception>
+#include <memory>
 
 #include "fomal/TextSubstitution.h"
 #include "pixels/IntRect.h"
 
 namespace Fomal {
+
+class ActionDispatcher;
+class EditorHost;
+class View;
 
 class EditorServices {
 public:
@@ -13,6 +22,17 @@ public:
     // Marks a panel region for redrawing at the next paint.
     virtual void invalidate(const OrlPixels::IntRect& region) = 0;
     virtual SubstitutionContext& substitution() = 0;
+    virtual ActionDispatcher& actions() = 0;
+    virtual EditorHost& host() = 0;
+    // Milliseconds of the editor's one clock.
+    virtual std::int64_t now() const = 0;
+    // A view taken out of the tree: the editor keeps it until no event
+    // or tick can still be running in it, and lets nothing point at it.
+    virtual void retire(std::unique_ptr<View> view) = 0;
+    // Shows a failure that reached the root of an event in an error alert.
+    virtual void reportFailure(std::exception_ptr failure) = 0;
+    // Asks for the tick at `when` at the latest.
+    virtual void wakeAt(std::int64_t when) = 0;
 };
 
 }  // namespace Fomal

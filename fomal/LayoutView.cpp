@@ -13,7 +13,6 @@ std::string layoutText(std::string_view name) {
 }
 
 LayoutView::LayoutView(const ViewBuild& build) : View(build) {
-    triggers_ = build.keys.get("triggers");
     buildChildren(build.keys);
 }
 

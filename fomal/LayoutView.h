@@ -16,13 +16,8 @@ class LayoutView : public View {
 public:
     explicit LayoutView(const ViewBuild& build);
 
-    // The raw `triggers` array of the layout, kept for the trigger dispatcher.
-    const std::string& triggers() const { return triggers_; }
-
 private:
     void buildChildren(const Object& layout);
-
-    std::string triggers_;
 };
 
 // A view object that names a `layout`: the layout's own keys under the

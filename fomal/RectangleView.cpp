@@ -1,6 +1,7 @@
 #include "fomal/RectangleView.h"
 
 #include "fomal/LayoutValues.h"
+#include "fomal/PanelDrawing.h"
 #include "pixels/MaskedRaster.h"
 #include "pixels/PolygonMask.h"
 #include "pixels/SolidRaster.h"
@@ -15,14 +16,7 @@ RectangleView::RectangleView(const ViewBuild& build) : View(build) {
 }
 
 void RectangleView::draw(OrlPixels::Surface& surface, const OrlPixels::IntRect&) {
-    if (fill_ != 0) {
-        OrlPixels::Polygon box;
-        box.addRectangle(rect().left, rect().top, rect().width, rect().height);
-        OrlPixels::PolygonMask mask(box, surface.bounds);
-        OrlPixels::SolidRaster ink(fill_);
-        OrlPixels::MaskedRaster masked(ink, mask);
-        surface.draw(masked, mode_);
-    }
+    fillBox(surface, rect(), fill_, mode_);
     if (frame_) drawFrame(surface, rect(), *frame_, mode_);
 }
 

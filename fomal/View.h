@@ -7,6 +7,7 @@
 // top. Views draw in panel coordinates into the editor's surface.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -15,6 +16,9 @@
 #include "fomal/Cursor.h"
 #include "fomal/Notation.h"
 #include "fomal/NotationReaders.h"
+#include "fomal/Trigger.h"
+#include "fomal/ViewAnimation.h"
+#include "fomal/ViewEvents.h"
 #include "pixels/IntRect.h"
 #include "pixels/Surface.h"
 
@@ -47,6 +51,26 @@ public:
     // Whether a press on the view, where no child takes it, is its own.
     virtual bool takesMouse() const { return false; }
 
+    // Mouse events. A press that the view answers with true captures the
+    // mouse: the moves and the release go to the view until the release,
+    // also outside its bounds.
+    virtual bool mouseDown(const MouseEvent&) { return false; }
+    virtual void mouseMove(const MouseEvent&) {}
+    virtual void mouseUp(const MouseEvent&) {}
+    // The view with focus gets the keys; true if it used the key.
+    virtual bool keyDown(const KeyEvent&) { return false; }
+    // The editor's idle tick, for views that asked for one (askForTicks).
+    virtual void idle(std::int64_t /*now*/) {}
+    // Recomputes the enabled and checked states that actions give the view.
+    virtual void refreshState() {}
+    // The display text of the value the view shows, for `^X` in its hint.
+    virtual std::string valueText() const { return {}; }
+    // Actions that belong to views of a kind (a page of a bubble, the
+    // growth of the plant): whether this view answers `action`, and doing it.
+    virtual bool answersAction(std::string_view /*action*/) const { return false; }
+    virtual bool canPerformOwn(std::string_view /*action*/, std::string_view /*params*/) { return false; }
+    virtual void performOwn(std::string_view /*action*/, std::string_view /*params*/) {}
+
     // Draws the view and its children within `clip`; hidden subtrees are skipped.
     void drawTree(OrlPixels::Surface& surface, const OrlPixels::IntRect& clip);
     // The topmost view under a panel point that takes the mouse, or null.
@@ -56,6 +80,10 @@ public:
     View* root();
 
     void addChild(std::unique_ptr<View> child);
+    // Takes a child out of the tree; the caller owns it then.
+    std::unique_ptr<View> removeChild(View& child);
+    // Moves a child to the top of its siblings.
+    void promoteChild(View& child);
     const std::vector<std::unique_ptr<View>>& children() const { return children_; }
     View* parent() const { return parent_; }
 
@@ -72,11 +100,50 @@ public:
     // them show.
     const std::optional<std::string>& hint() const { return hint_; }
 
-    // Asks the editor to redraw the view's rectangle.
+    // Asks the editor to redraw the view's rectangle (with what an
+    // animation moves it over).
     void invalidate();
     EditorServices& editor() const { return editor_; }
 
+    // Triggers: runs every entry that answers `name`; false if none did.
+    bool fireTrigger(std::string_view name);
+    const std::vector<Trigger>& triggers() const { return triggers_; }
+
+    // Delayed actions, run from the idle tick when due; closing the view
+    // drops them.
+    void queueDelayed(std::int64_t due, std::string label, std::string action, std::string params, bool alerts);
+    void cancelDelayed(std::string_view label);
+    std::size_t delayedCount() const { return delayed_.size(); }
+
+    void animate(const AnimationRequest& request);
+    const ViewAnimation& animation() const { return animation_; }
+
+    // Asks for `idle` at the rate given (frames a second; 0 stops).
+    void askForTicks(double perSecond);
+
+    // The editor's tick for this view (not its children): due delayed
+    // actions, the animation and the view's own timer. Returns the time the
+    // view wants its next tick, INT64_MAX for none.
+    std::int64_t tick(std::int64_t now);
+    std::int64_t nextTick() const;
+
+    // A token that expires with the view, for those that hold on to a
+    // view past the event that gave it to them (alerts, menus).
+    std::weak_ptr<const char> lifeToken() const { return life_; }
+
+    // Taken out of the tree: the view and its subtree run nothing more.
+    void retireTree();
+    bool retired() const { return retired_; }
+
 private:
+    struct Delayed {
+        std::int64_t due;
+        std::uint64_t order;
+        std::string label, action, params;
+        bool alerts;
+    };
+    void drawAnimated(OrlPixels::Surface& surface, const OrlPixels::IntRect& clip, const AnimationPose& pose);
+
     EditorServices& editor_;
     View* parent_ = nullptr;
     std::vector<std::unique_ptr<View>> children_;
@@ -87,6 +154,13 @@ private:
     bool thru_ = false;
     Cursor cursor_ = Cursor::inherited;
     std::optional<std::string> hint_;
+    std::vector<Trigger> triggers_;
+    std::vector<Delayed> delayed_;
+    ViewAnimation animation_;
+    double tickInterval_ = 0;  // ms; 0 when the view asks for no ticks
+    double nextOwnTick_ = 0;
+    bool retired_ = false;
+    std::shared_ptr<const char> life_ = std::make_shared<const char>('v');
 };
 
 }  // namespace Fomal

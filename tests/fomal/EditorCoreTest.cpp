@@ -19,3 +19,57 @@ TEST(EditorCoreTest, OnlyTheInvalidatedRegionIsRedrawn) {
     EXPECT_EQ(e.core.pixels()[15 * 384 + 15], 0xFF00FF00u);
     EXPECT_EQ(e.core.pixels()[5 * 384 + 5], 0xFF000000u);
 }
+
+TEST(EditorCoreTest, AHintShowsAfterTheMouseRestsAndHidesOnAPress) {
+    viewtest::Editor e("views: { { type: \"click\", bounds: { 10, 10, 50, 50 }, hint: \"Main Menu\", action: \"nop\" } }");
+    e.core.mouseMove({20, 20, 0});
+    e.wait(Fomal::EditorCore::HINT_DELAY_MS - 1);
+    EXPECT_FALSE(e.core.hint().shown());
+    e.wait(1);
+    ASSERT_TRUE(e.core.hint().shown());
+    EXPECT_EQ(e.core.hint().text(), "Main Menu");
+    // Below the mouse by the configured offset.
+    EXPECT_EQ(e.core.hint().bounds().left, 20);
+    EXPECT_EQ(e.core.hint().bounds().top, 40);
+    EXPECT_EQ(e.core.hint().bounds().height, 15);
+    e.core.mouseDown({20, 20, Fomal::LEFT_BIT});
+    EXPECT_FALSE(e.core.hint().shown());
+}
+
+TEST(EditorCoreTest, HintsPassThroughTheSubstitution) {
+    viewtest::Editor e(
+        "views: { { type: \"click\", bounds: { 0, 0, 50, 50 }, hint: \"Plant ([windows]control[/windows][mac]command[/mac]-click) ^N\" } }");
+    e.core.mouseMove({20, 20, 0});
+    e.wait(Fomal::EditorCore::HINT_DELAY_MS);
+    EXPECT_EQ(e.core.hint().text(), "Plant (control-click) Init");
+}
+
+TEST(EditorCoreTest, TheCursorIsTheFirstSetOnTheHitViewOrItsAncestors) {
+    viewtest::Editor e("cursor: \"hand\" views: { { type: \"click\", bounds: { 0, 0, 50, 50 }, cursor: \"iBeam\" },"
+                       "                          { type: \"click\", bounds: { 60, 0, 50, 50 } } }");
+    e.core.mouseMove({20, 20, 0});
+    EXPECT_EQ(e.core.cursor(), Fomal::Cursor::iBeam);
+    e.core.mouseMove({70, 20, 0});
+    EXPECT_EQ(e.core.cursor(), Fomal::Cursor::hand);
+}
+
+TEST(EditorCoreTest, AnAlertIsDrawnOverThePanelAndTakesEveryPress) {
+    viewtest::Editor e("views: { { type: \"click\", action: \"hideView\", params: \"box\" },"
+                       "         { type: \"rectangle\", label: \"box\", bounds: { 0, 0, 5, 5 }, fill: 0xFFFFFFFF } }");
+    e.core.paint();
+    e.core.actions().perform(e.root(), "alert", "{ text: \"Hello\" }", false);
+    EXPECT_FALSE(e.core.paint().isEmpty());
+    e.click(2, 300);  // outside the box: the alert keeps it
+    EXPECT_FALSE(e.find("box").hidden());
+    EXPECT_TRUE(e.core.dialogOpen());
+    EXPECT_TRUE(e.core.keyDown({"return", 0, 0}));
+    EXPECT_FALSE(e.core.dialogOpen());
+}
+
+TEST(EditorCoreTest, NothingIsDueWhenNothingMoves) {
+    viewtest::Editor e("views: { { type: \"rectangle\", fill: 0xFF202020 } }");
+    e.core.paint();
+    EXPECT_EQ(e.core.nextWake(), INT64_MAX);
+    e.wait(10);
+    EXPECT_TRUE(e.core.paint().isEmpty());
+}

@@ -29,7 +29,12 @@ TEST(MessageCatalogueTest, ALineThatIsNoEntryFails) {
 TEST(MessageCatalogueTest, TheProductCatalogueHasTheTextsTheInterfaceNeeds) {
     const MessageCatalogue& c = MessageCatalogue::product();
     EXPECT_GE(c.size(), 8u);
-    EXPECT_EQ(c.lookup("Unexpected error"), "Unexpected error");
+    EXPECT_EQ(c.lookup("Unexpected error"),
+              "The operation could not be performed due to an unknown / unexpected error.");
     EXPECT_EQ(c.lookup("No programs found"), "No programs found");
-    EXPECT_EQ(c.lookup("Error: ^E"), "Error: ^E");
+    EXPECT_EQ(c.lookup("Error: ^E"), "The operation could not be performed due to the following error:\n^E.");
+    EXPECT_EQ(c.lookup("Quol error: ^E\n^S"), "Internal script-code error: ^E\n\nStack\n----------\n^S");
+    EXPECT_EQ(c.lookup("Change Wheel"), "Change Mod Wheel");
+    EXPECT_EQ(c.lookup("Change WheelScale"), "Change Mod Wheel Scaling");
+    EXPECT_EQ(c.lookup("Change VelSens"), "Change Velocity Sensitivity");
 }

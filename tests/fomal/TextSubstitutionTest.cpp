@@ -43,7 +43,7 @@ TEST(TextSubstitutionTest, CaretCodesOfTheSubstitution) {
     EXPECT_EQ(substituteText("Undo^U", e), "Undo");
     e.undo = "Change Wheel";
     e.redo = "Change VelSens";
-    EXPECT_EQ(substituteText("Undo^U", e), "Undo Change Wheel");
+    EXPECT_EQ(substituteText("Undo^U", e), "Undo Change Mod Wheel");
     EXPECT_EQ(substituteText("Redo^R", e), "Redo Change Velocity Sensitivity");
 }
 

@@ -6,11 +6,12 @@
 #include <string_view>
 
 #include "fomal/EditorCore.h"
-#include "fomal/StillSubstitution.h"
+#include "fomal/StillHost.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    Fomal::StillSubstitution patch;
-    Fomal::EditorCore editor(patch);
+    Fomal::StillHost host;
+    Fomal::VirtualClock clock;
+    Fomal::EditorCore editor(host, clock);
     try {
         editor.openLayoutText(std::string_view(reinterpret_cast<const char*>(data), size));
         editor.paint();

@@ -1,0 +1,54 @@
+// What the editor asks of the program around it: the values its controls
+// are bound to, the undo history, notes played from the panel, and the
+// patch and file operations that the actions name. The plug-in answers for
+// a host's editor; the headless panel and the tests answer with their own.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace Fomal {
+
+class EditorHost {
+public:
+    virtual ~EditorHost() = default;
+
+    // The name of the patch the editor shows (^N), and the labels of the
+    // steps undo and redo would take, through the catalogue (^U, ^R);
+    // empty when there is none.
+    virtual std::string patchName() const = 0;
+    virtual std::string undoLabel() const = 0;
+    virtual std::string redoLabel() const = 0;
+
+    // Controls are bound by label to a value from 0 to 1: a parameter of
+    // the patch, or a value that a script keeps.
+    virtual bool hasControl(std::string_view label) const = 0;
+    virtual double controlValue(std::string_view label) const = 0;
+    // A change made by the user. The host keeps the state before it for
+    // undo, merged with the changes before of the same control, so that a
+    // whole drag is one step.
+    virtual void changeControl(std::string_view label, double value) = 0;
+    // The value as the user reads it (a hint's ^X).
+    virtual std::string controlText(std::string_view label) const = 0;
+
+    virtual bool canUndo() const = 0;
+    virtual bool canRedo() const = 0;
+    virtual void undo() = 0;
+    virtual void redo() = 0;
+
+    // A note played from the panel (MIDI note number, velocity 1 to 127).
+    virtual void previewNote(bool down, int note, int velocity) = 0;
+
+    // The patch and file operations of the actions; each may refuse with
+    // an exception that the action reports.
+    virtual void openPatch(std::string_view title) = 0;
+    virtual void savePatch(std::string_view title) = 0;
+    virtual bool canStepPatch(int direction) const = 0;
+    virtual void stepPatch(int direction) = 0;
+    virtual void launch(std::string_view path, std::string_view relativeTo) = 0;
+    virtual void openURL(std::string_view url) = 0;
+    virtual void midiConfiguration() = 0;
+    virtual void stopLearning() = 0;
+};
+
+}  // namespace Fomal

@@ -1,0 +1,116 @@
+#include "fomal/EditorScripts.h"
+
+#include "fomal/View.h"
+#include "quol/Classification.h"
+#include "quol/Evaluator.h"
+#include "quol/Exception.h"
+#include "quol/Natives.h"
+#include "quol/StandardLibrary.h"
+
+namespace Fomal {
+
+// Marks the view a script runs for while it runs.
+class EditorScripts::Running {
+public:
+    Running(EditorScripts& scripts, View& view) : scripts_(scripts) { scripts_.running_.push_back(&view); }
+    ~Running() { scripts_.running_.pop_back(); }
+    Running(const Running&) = delete;
+    Running& operator=(const Running&) = delete;
+
+private:
+    EditorScripts& scripts_;
+};
+
+namespace {
+
+// target: void is the view of the running script, "/" the root, else a label.
+View& targetOf(EditorScripts& scripts, Quol::Frame& args, std::size_t index) {
+    const Quol::Value target = Quol::optionalArgument(args, index);
+    if (target.empty()) return scripts.currentView();
+    return ActionDispatcher::findTarget(scripts.currentView(), target.view());
+}
+
+class PerformNative : public Quol::Native {
+public:
+    explicit PerformNative(EditorScripts& scripts) : scripts_(scripts) {}
+    Quol::Value run(Quol::Frame& args) override {
+        const Quol::Value action = Quol::argument(args, 0);
+        const Quol::Value params = Quol::optionalArgument(args, 1);
+        View& target = targetOf(scripts_, args, 2);
+        const Quol::Value alerts = Quol::optionalArgument(args, 3);
+        const bool showAlerts = !alerts.empty() && Quol::readBoolean(alerts);
+        return Quol::Value(scripts_.dispatcher().perform(target, action.view(), params.view(), showAlerts));
+    }
+
+private:
+    EditorScripts& scripts_;
+};
+
+class CanPerformNative : public Quol::Native {
+public:
+    explicit CanPerformNative(EditorScripts& scripts) : scripts_(scripts) {}
+    Quol::Value run(Quol::Frame& args) override {
+        const Quol::Value action = Quol::argument(args, 0);
+        const Quol::Value params = Quol::optionalArgument(args, 1);
+        View& target = targetOf(scripts_, args, 2);
+        return Quol::booleanValue(scripts_.dispatcher().canPerform(target, action.view(), params.view()));
+    }
+
+private:
+    EditorScripts& scripts_;
+};
+
+}  // namespace
+
+EditorScripts::EditorScripts() : root_(std::make_unique<Quol::Frame>()) {
+    Quol::prepareStandardRoot(*root_);
+    root_->addNative("perform", std::make_unique<PerformNative>(*this));
+    root_->addNative("canPerform", std::make_unique<CanPerformNative>(*this));
+    gui_ = std::make_unique<Quol::Frame>(*root_);
+}
+
+EditorScripts::~EditorScripts() {
+    gui_.reset();
+    root_.reset();
+}
+
+void EditorScripts::attach(ActionDispatcher& dispatcher, View& rootView) {
+    dispatcher_ = &dispatcher;
+    rootView_ = &rootView;
+}
+
+View& EditorScripts::currentView() { return running_.empty() ? *rootView_ : *running_.back(); }
+
+std::string EditorScripts::evaluate(View& view, std::string_view text) {
+    Running running(*this, view);
+    return Quol::evaluate(*gui_, Quol::Value(text)).str();
+}
+
+std::string EditorScripts::runBody(View& target, std::string_view body, std::string_view params) {
+    Running running(*this, target);
+    const Quol::Value arg(params);
+    return Quol::callWith(*gui_, Quol::Value(body), &arg, 1).str();
+}
+
+std::string EditorScripts::callFunction(View& target, std::string_view name, std::string_view params) {
+    Running running(*this, target);
+    const Quol::Value function = gui_->get(Quol::Value(name), true);
+    const Quol::Value arg(params);
+    return Quol::callWith(*gui_, function, &arg, 1).str();
+}
+
+std::optional<bool> EditorScripts::askMember(View& target, std::string_view name, std::string_view member,
+                                             std::string_view params) {
+    const Quol::Value memberName = Quol::memberName(Quol::Value(name), member);
+    Quol::Value function;
+    try {
+        function = gui_->get(memberName, true);
+    } catch (const Quol::Exception&) {
+        return std::nullopt;  // no such member: the default answer
+    }
+    Running running(*this, target);
+    const Quol::Value arg(params);
+    return Quol::readBoolean(Quol::callWith(*gui_, function, &arg, 1));
+}
+
+}  // namespace Fomal

@@ -1,0 +1,34 @@
+#include "fomal/StillHost.h"
+
+#include <cstdio>
+
+#include "platform/Exceptions.h"
+
+namespace Fomal {
+
+namespace {
+
+[[noreturn]] void unavailable(std::string_view what) {
+    throw Exception(std::string(what) + " is not available without the plug-in");
+}
+
+}  // namespace
+
+double StillHost::controlValue(std::string_view label) const {
+    const auto it = controls_.find(label);
+    return it == controls_.end() ? 0.5 : it->second;
+}
+
+std::string StillHost::controlText(std::string_view label) const {
+    char text[32];
+    std::snprintf(text, sizeof text, "%.2f", controlValue(label));
+    return text;
+}
+
+void StillHost::openPatch(std::string_view) { unavailable("Opening a patch"); }
+void StillHost::savePatch(std::string_view) { unavailable("Saving the patch"); }
+void StillHost::launch(std::string_view, std::string_view) { unavailable("Opening a file"); }
+void StillHost::openURL(std::string_view) { unavailable("Opening a web page"); }
+void StillHost::midiConfiguration() { unavailable("The MIDI configuration"); }
+
+}  // namespace Fomal

@@ -1,0 +1,51 @@
+// The program behind a panel that has no plug-in behind it (a layout
+// previewed from a file, tests, benchmarks): a fixed patch name, controls
+// kept as plain values, no history, and nowhere for notes or files to go.
+#pragma once
+
+#include <map>
+#include <string>
+
+#include "fomal/EditorHost.h"
+
+namespace Fomal {
+
+class StillHost : public EditorHost {
+public:
+    explicit StillHost(std::string patchName = "Init") : patchName_(std::move(patchName)) {}
+
+    std::string patchName() const override { return patchName_; }
+    std::string undoLabel() const override { return {}; }
+    std::string redoLabel() const override { return {}; }
+
+    // Every label is a control; one never set stands at 0.5.
+    bool hasControl(std::string_view) const override { return true; }
+    double controlValue(std::string_view label) const override;
+    void changeControl(std::string_view label, double value) override { controls_[std::string(label)] = value; }
+    // The value with two decimals.
+    std::string controlText(std::string_view label) const override;
+
+    bool canUndo() const override { return false; }
+    bool canRedo() const override { return false; }
+    void undo() override {}
+    void redo() override {}
+
+    // Without an engine a played note has nowhere to sound.
+    void previewNote(bool, int, int) override {}
+
+    // There are no patch files and no system services behind the panel.
+    void openPatch(std::string_view) override;
+    void savePatch(std::string_view) override;
+    bool canStepPatch(int) const override { return false; }
+    void stepPatch(int) override {}
+    void launch(std::string_view, std::string_view) override;
+    void openURL(std::string_view) override;
+    void midiConfiguration() override;
+    void stopLearning() override {}
+
+private:
+    std::string patchName_;
+    std::map<std::string, double, std::less<>> controls_;
+};
+
+}  // namespace Fomal
