@@ -43,10 +43,24 @@ template <typename F>
 void EditorCore::guarded(F&& work) {
     try {
         work();
+        // Buttons and sliders show what the event did.
+        refreshStates();
     } catch (...) {
         reportFailure(std::current_exception());
     }
     buryRetired();
+}
+
+void EditorCore::refreshStates() {
+    hostRevision_ = host_.revision();
+    struct Walk {
+        static void refresh(View& v) {
+            if (v.hidden()) return;
+            v.refreshState();
+            for (const std::unique_ptr<View>& child : v.children()) refresh(*child);
+        }
+    };
+    if (root_) Walk::refresh(*root_);
 }
 
 void EditorCore::openLayoutText(std::string_view text) {
@@ -137,8 +151,10 @@ void EditorCore::mouseMove(const MouseEvent& e) {
     guarded([&] {
         if (alive(captured_, capturedLife_)) {
             captured_->mouseMove(e);
-            // A dragged control shows its hint as it changes.
-            if (alive(captured_, capturedLife_) && hint_.shown()) updateHover(e.x, e.y);
+            // A dragged control that has a value shows its hint at once, with
+            // the value as it changes.
+            if (alive(captured_, capturedLife_) && (hint_.shown() || !captured_->valueText().empty()))
+                updateHover(e.x, e.y);
             return;
         }
         if (View* top = topOverlay()) top->mouseMove(e);
@@ -173,6 +189,7 @@ bool EditorCore::keyDown(const KeyEvent& e) {
 }
 
 void EditorCore::idle() {
+    if (host_.revision() != hostRevision_) guarded([] {});
     const std::int64_t t = now();
     if (t < wake_) return;
     wake_ = INT64_MAX;

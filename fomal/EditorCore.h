@@ -105,6 +105,8 @@ private:
     template <typename F>
     void guarded(F&& work);
     void buryRetired();
+    // Brings the enabled, checked and shown values of every view up to date.
+    void refreshStates();
     void updateHover(int x, int y);
     std::string hintAt(int x, int y);
     View* topOverlay() const { return overlay_.empty() ? nullptr : overlay_.back().get(); }
@@ -120,6 +122,7 @@ private:
     std::vector<std::unique_ptr<View>> retired_;  // kept until the running event is over
     OrlPixels::IntRect dirty_;
     std::int64_t wake_ = INT64_MAX;
+    std::uint64_t hostRevision_ = 0;
 
     View* captured_ = nullptr;
     View* focus_ = nullptr;

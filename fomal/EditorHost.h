@@ -4,6 +4,7 @@
 // a host's editor; the headless panel and the tests answer with their own.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -25,9 +26,12 @@ public:
     virtual bool hasControl(std::string_view label) const = 0;
     virtual double controlValue(std::string_view label) const = 0;
     // A change made by the user. The host keeps the state before it for
-    // undo, merged with the changes before of the same control, so that a
-    // whole drag is one step.
+    // undo; the changes between beginEdit and endEdit of the same control
+    // (one drag) are one step, and the host's automation hears them as one
+    // gesture.
+    virtual void beginEdit(std::string_view label) = 0;
     virtual void changeControl(std::string_view label, double value) = 0;
+    virtual void endEdit(std::string_view label) = 0;
     // The value as the user reads it (a hint's ^X).
     virtual std::string controlText(std::string_view label) const = 0;
 
@@ -38,6 +42,11 @@ public:
 
     // A note played from the panel (MIDI note number, velocity 1 to 127).
     virtual void previewNote(bool down, int note, int velocity) = 0;
+
+    // A number that changes whenever something the editor shows may have
+    // changed outside it (automation, a program change, undo): the editor
+    // polls it and brings its states up to date.
+    virtual std::uint64_t revision() const = 0;
 
     // The patch and file operations of the actions; each may refuse with
     // an exception that the action reports.

@@ -6,6 +6,7 @@
 
 #include "fomal/NotationReaders.h"
 #include "pixels/Font.h"
+#include "pixels/Image.h"
 #include "pixels/Pixel.h"
 #include "pixels/Surface.h"
 
@@ -14,6 +15,10 @@ namespace Fomal {
 // Fills a rectangle (panel coordinates, fractions antialiased) with a
 // premultiplied colour in the given compositing mode.
 void fillBox(OrlPixels::Surface& surface, const RectF& box, OrlPixels::Pixel color, int mode = 0);
+
+// An image drawn with its centre at (cx, cy), scaled by `scale` (a plain
+// image is sampled through the scaling; another is drawn at its size).
+void drawImageCentred(OrlPixels::Surface& surface, OrlPixels::Image& image, double cx, double cy, double scale);
 
 // A colour word of the layouts as an opaque pixel: the words of colours
 // that have no alpha byte (0xFFFFFF) mean the colour itself.

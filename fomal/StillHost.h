@@ -21,7 +21,15 @@ public:
     // Every label is a control; one never set stands at 0.5.
     bool hasControl(std::string_view) const override { return true; }
     double controlValue(std::string_view label) const override;
-    void changeControl(std::string_view label, double value) override { controls_[std::string(label)] = value; }
+    void beginEdit(std::string_view) override { ++gestures_; }
+    void endEdit(std::string_view) override {}
+    // How many edits have begun: each is one step of the plug-in's history.
+    int gestures() const { return gestures_; }
+    void changeControl(std::string_view label, double value) override {
+        controls_[std::string(label)] = value;
+        ++revision_;
+    }
+    std::uint64_t revision() const override { return revision_; }
     // The value with two decimals.
     std::string controlText(std::string_view label) const override;
 
@@ -46,6 +54,8 @@ public:
 private:
     std::string patchName_;
     std::map<std::string, double, std::less<>> controls_;
+    std::uint64_t revision_ = 0;
+    int gestures_ = 0;
 };
 
 }  // namespace Fomal

@@ -74,7 +74,7 @@ View* View::hitTest(int x, int y) {
         if (!child.pixelRect().contains(x, y)) continue;
         if (View* hit = child.hitTest(x, y)) return hit;
     }
-    return takesMouse() && pixelRect().contains(x, y) ? this : nullptr;
+    return takesMouse() && hitsAt(x, y) ? this : nullptr;
 }
 
 View* View::root() {

@@ -50,6 +50,10 @@ public:
     virtual void draw(OrlPixels::Surface&, const OrlPixels::IntRect& /*clip*/) {}
     // Whether a press on the view, where no child takes it, is its own.
     virtual bool takesMouse() const { return false; }
+    // Whether a panel point is on the part of the view that takes the
+    // mouse: its rectangle, or less of it (a button's `clickRect`, a
+    // slider's cap).
+    virtual bool hitsAt(int x, int y) const { return pixelRect().contains(x, y); }
 
     // Mouse events. A press that the view answers with true captures the
     // mouse: the moves and the release go to the view until the release,

@@ -1,11 +1,13 @@
 #include "fomal/ViewFactory.h"
 
+#include "fomal/ButtonView.h"
 #include "fomal/CaptionView.h"
 #include "fomal/ClickView.h"
 #include "fomal/GradientView.h"
 #include "fomal/LayoutView.h"
 #include "fomal/RasterView.h"
 #include "fomal/RectangleView.h"
+#include "fomal/SliderView.h"
 #include "platform/Exceptions.h"
 
 namespace Fomal {
@@ -20,6 +22,8 @@ std::unique_ptr<View> make(const ViewBuild& build) {
 constexpr ViewType TYPES[] = {
     {"fomal", make<LayoutView>},       {"click", make<ClickView>},   {"rectangle", make<RectangleView>},
     {"gradient", make<GradientView>},  {"raster", make<RasterView>}, {"caption", make<CaptionView>},
+    {"button", make<PushButtonView>},  {"switch", make<SwitchView>}, {"slider", make<StraightSliderView>},
+    {"arcSlider", make<ArcSliderView>},
 };
 
 }  // namespace
