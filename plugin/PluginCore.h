@@ -65,6 +65,13 @@ public:
     // preview slot while previewing). False when the value was already there.
     bool parameterChanged(int index, float value);
 
+    // Interface thread: the current program becomes record as a whole (an
+    // undo, a redo, a patch edited by the interface), in the preview slot
+    // too while previewing; the editor shows it again.
+    void replaceCurrentProgram(const NorvelleProgram& record);
+    // Interface thread: a copy of the current program.
+    NorvelleProgram currentProgramRecord();
+
     // The song's state: the current program alone, or the bank with the MIDI
     // configuration. A chunk that doesn't read whole changes nothing and
     // answers 0.

@@ -46,6 +46,22 @@ bool PluginCore::parameterChanged(int index, float value) {
     return true;
 }
 
+void PluginCore::replaceCurrentProgram(const NorvelleProgram& record) {
+    programs_[currentProgram_.load()].publish(record);
+    if (previewing_.load()) preview_.publish(record);
+    revision_.fetch_add(1);
+    guiRefresh_.exchange(2);
+    programEntered();
+}
+
+NorvelleProgram PluginCore::currentProgramRecord() {
+    VersionedCell<NorvelleProgram>& cell = programs_[currentProgram_.load()];
+    NorvelleProgram* record = cell.acquire();
+    NorvelleProgram copy(*record);
+    cell.release(record);
+    return copy;
+}
+
 void PluginCore::setParameter(VstInt32 index, float value) {
     // A host may send anything; the records hold 0 to 1.
     if (!(value >= 0.0f)) value = 0.0f;

@@ -1,0 +1,107 @@
+#include "plugin/PluginEditorHost.h"
+
+#include <cmath>
+
+#include "patch/ParameterTable.h"
+#include "plugin/ParameterText.h"
+#include "plugin/PluginCore.h"
+#include "platform/Exceptions.h"
+
+namespace {
+
+[[noreturn]] void unavailable(const char* what) { throw Exception(std::string(what) + " is not available yet"); }
+
+}  // namespace
+
+PluginEditorHost::PluginEditorHost(PluginCore& plugin, const int& undoLimit, UndoHistory::Translator translate)
+    : plugin_(plugin), history_(*this, undoLimit, std::move(translate)) {
+    history_.onChanged = [this] { ++revision_; };
+}
+
+int PluginEditorHost::parameterIndex(std::string_view name) { return findParameter(name); }
+
+std::string PluginEditorHost::patchName() const {
+    char name[kVstMaxProgNameLen + 1] = {};
+    plugin_.getProgramName(name);
+    return name;
+}
+
+double PluginEditorHost::controlValue(std::string_view label) const {
+    const int i = parameterIndex(label);
+    return i < 0 ? 0.0 : double(plugin_.getParameter(i));
+}
+
+std::string PluginEditorHost::controlText(std::string_view label) const {
+    const int i = parameterIndex(label);
+    return i < 0 ? std::string() : ParameterText::display(i, plugin_.getParameter(i));
+}
+
+void PluginEditorHost::beginEdit(std::string_view label) {
+    const int i = parameterIndex(label);
+    if (i < 0) return;
+    editing_ = std::string(label);
+    editSaved_ = false;
+    plugin_.beginEdit(i);
+}
+
+void PluginEditorHost::changeControl(std::string_view label, double value) {
+    const int i = parameterIndex(label);
+    if (i < 0) return;
+    const float v = std::fmin(std::fmax(float(value), 0.0f), 1.0f);
+    if (v == plugin_.getParameter(i)) return;
+    // The state before the first change of a drag stands for the whole
+    // drag; a change outside a drag merges with one just before it.
+    const std::string step = "Change " + std::string(label);
+    if (editing_ == label) {
+        if (!editSaved_) history_.saveUndo(step, false);
+        editSaved_ = true;
+    } else {
+        history_.saveUndo(step, true);
+    }
+    plugin_.setParameterAutomated(i, v);
+    ++revision_;
+}
+
+void PluginEditorHost::endEdit(std::string_view label) {
+    const int i = parameterIndex(label);
+    if (i < 0 || editing_ != label) return;
+    editing_.clear();
+    editSaved_ = false;
+    plugin_.endEdit(i);
+}
+
+void PluginEditorHost::previewNote(bool down, int note, int velocity) { plugin_.preview(down ? "down" : "up", note, velocity); }
+
+std::uint64_t PluginEditorHost::revision() const {
+    // The plug-in raises its flag when the host, MIDI or a program change
+    // moved what the editor shows; taking it is the editor's poll.
+    if (plugin_.guiRefresh().exchange(0) != 0) ++revision_;
+    return revision_;
+}
+
+NorvelleProgram PluginEditorHost::currentProgram() const { return plugin_.currentProgramRecord(); }
+
+void PluginEditorHost::setCurrentProgram(const NorvelleProgram& record) {
+    plugin_.replaceCurrentProgram(record);
+    ++revision_;
+}
+
+bool PluginEditorHost::canStepPatch(int direction) const {
+    const int to = plugin_.currentProgram() + direction;
+    return to >= 0 && to < PluginCore::PROGRAM_COUNT;
+}
+
+void PluginEditorHost::stepPatch(int direction) {
+    if (canStepPatch(direction)) plugin_.setProgram(plugin_.currentProgram() + direction);
+    ++revision_;
+}
+
+// Patch files, web pages and the MIDI configuration dialog come with the
+// editor's windows.
+void PluginEditorHost::openPatch(std::string_view) { unavailable("Opening a patch"); }
+void PluginEditorHost::savePatch(std::string_view) { unavailable("Saving the patch"); }
+void PluginEditorHost::launch(std::string_view, std::string_view) { unavailable("Opening a file"); }
+void PluginEditorHost::openURL(std::string_view) { unavailable("Opening a web page"); }
+void PluginEditorHost::midiConfiguration() { unavailable("The MIDI configuration"); }
+
+void PluginEditorHost::stopLearning() { plugin_.learnTarget().store(-1); }

@@ -1,0 +1,64 @@
+// What an editor in a host reaches through the plug-in: the parameters as
+// its controls, the undo history of the program it shows, notes played
+// from the panel and the program steps. A drag of a control is one step of
+// the history and one gesture of the host's automation.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "fomal/EditorHost.h"
+#include "patch/UndoHistory.h"
+
+class PluginCore;
+
+class PluginEditorHost : public Fomal::EditorHost, private UndoHost {
+public:
+    // limit is the script constant undoHistory; translate the catalogue.
+    PluginEditorHost(PluginCore& plugin, const int& undoLimit, UndoHistory::Translator translate = {});
+
+    std::string patchName() const override;
+    std::string undoLabel() const override { return history_.undoLabel(); }
+    std::string redoLabel() const override { return history_.redoLabel(); }
+
+    // The controls are the parameters, by name.
+    bool hasControl(std::string_view label) const override { return parameterIndex(label) >= 0; }
+    double controlValue(std::string_view label) const override;
+    void beginEdit(std::string_view label) override;
+    void changeControl(std::string_view label, double value) override;
+    void endEdit(std::string_view label) override;
+    std::string controlText(std::string_view label) const override;
+
+    bool canUndo() const override { return history_.canUndo(); }
+    bool canRedo() const override { return history_.canRedo(); }
+    void undo() override { history_.undo(); }
+    void redo() override { history_.redo(); }
+
+    void previewNote(bool down, int note, int velocity) override;
+    std::uint64_t revision() const override;
+
+    void openPatch(std::string_view title) override;
+    void savePatch(std::string_view title) override;
+    bool canStepPatch(int direction) const override;
+    void stepPatch(int direction) override;
+    void launch(std::string_view path, std::string_view relativeTo) override;
+    void openURL(std::string_view url) override;
+    void midiConfiguration() override;
+    void stopLearning() override;
+
+    UndoHistory& history() { return history_; }
+
+    // The parameter of a name, or -1.
+    static int parameterIndex(std::string_view name);
+
+private:
+    NorvelleProgram currentProgram() const override;
+    void setCurrentProgram(const NorvelleProgram& record) override;
+
+    PluginCore& plugin_;
+    UndoHistory history_;
+    // The control being dragged, and whether its first change is saved.
+    std::string editing_;
+    bool editSaved_ = false;
+    mutable std::uint64_t revision_ = 0;
+};

@@ -1,0 +1,136 @@
+// The editor over the plug-in: a slider's drag is one step of the undo
+// history and one gesture for the host's automation; undo and redo bring
+// back the value and what the panel shows.
+#include "plugin/PluginEditorHost.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <vector>
+
+#include "fomal/Clock.h"
+#include "fomal/EditorCore.h"
+#include "fomal/SliderView.h"
+#include "plugin/PluginCore.h"
+#include "tests/plugin/BlockTestEngine.h"
+
+namespace {
+
+// What the host heard: automation and gesture calls, by opcode.
+struct HostLog {
+    std::vector<int> opcodes;
+    std::vector<float> automated;
+};
+HostLog* hostLog = nullptr;
+
+VstIntPtr VST_CALL loggingHost(AEffect*, VstInt32 opcode, VstInt32, VstIntPtr, void*, float opt) {
+    if (opcode == audioMasterVersion) return 2400;
+    if (hostLog != nullptr && (opcode == audioMasterAutomate || opcode == audioMasterBeginEdit || opcode == audioMasterEndEdit)) {
+        hostLog->opcodes.push_back(opcode);
+        if (opcode == audioMasterAutomate) hostLog->automated.push_back(opt);
+    }
+    return 0;
+}
+
+// A slit from (0, 10) to (200, 10) for the volume.
+constexpr const char* LAYOUT =
+    "views: { { type: \"slider\", label: \"Volume\", bounds: { 0, 0, 200, 20 }, capWidth: 10, capHeight: 16,"
+    "           capColor: 0xFFFFFFFF, hint: \"Volume ^X\" } }";
+
+struct Fixture {
+    HostLog log;
+    std::unique_ptr<PluginCore> plugin;
+    int limit = 100;
+    std::unique_ptr<PluginEditorHost> host;
+    Fomal::VirtualClock clock;
+    std::unique_ptr<Fomal::EditorCore> editor;
+
+    Fixture() {
+        hostLog = &log;
+        plugin = std::make_unique<PluginCore>(&loggingHost, std::make_unique<BlockTestEngine>());
+        host = std::make_unique<PluginEditorHost>(*plugin, limit);
+        editor = std::make_unique<Fomal::EditorCore>(*host, clock);
+        editor->openLayoutText(LAYOUT);
+    }
+    ~Fixture() { hostLog = nullptr; }
+
+    float volume() { return plugin->getParameter(8); }
+    Fomal::SliderView& slider() { return static_cast<Fomal::SliderView&>(*editor->root()->findView("Volume")); }
+    void drag(int from, int to) {
+        editor->mouseDown({from, 10, Fomal::LEFT_BIT});
+        for (int x = from; x != to; x += to > from ? 5 : -5) editor->mouseMove({x, 10, Fomal::LEFT_BIT});
+        editor->mouseMove({to, 10, Fomal::LEFT_BIT});
+        editor->mouseUp({to, 10, Fomal::LEFT_BIT});
+    }
+};
+
+}  // namespace
+
+TEST(PluginEditorHostTest, ADragIsOneUndoStepAndOneGesture) {
+    Fixture f;
+    ASSERT_FLOAT_EQ(f.volume(), 0.5f);
+    f.drag(100, 150);
+    EXPECT_FLOAT_EQ(f.volume(), 0.75f);
+    EXPECT_EQ(f.host->history().position(), 1u);
+    EXPECT_EQ(f.host->undoLabel(), "Change Volume");
+    // The host heard one gesture around its automation.
+    ASSERT_GE(f.log.opcodes.size(), 3u);
+    EXPECT_EQ(f.log.opcodes.front(), audioMasterBeginEdit);
+    EXPECT_EQ(f.log.opcodes.back(), audioMasterEndEdit);
+    EXPECT_FLOAT_EQ(f.log.automated.back(), 0.75f);
+
+    // A second drag of the same control is a step of its own.
+    f.drag(150, 50);
+    EXPECT_FLOAT_EQ(f.volume(), 0.25f);
+    EXPECT_EQ(f.host->history().position(), 2u);
+}
+
+TEST(PluginEditorHostTest, UndoAndRedoBringBackTheValueAndTheDisplay) {
+    Fixture f;
+    f.editor->paint();
+    f.drag(100, 150);
+    f.editor->paint();
+    EXPECT_EQ(f.editor->pixels()[10 * 384 + 150], 0xFFFFFFFFu);
+
+    ASSERT_TRUE(f.host->canUndo());
+    f.editor->actions().perform(*f.editor->root(), "undo", "", false);
+    EXPECT_FLOAT_EQ(f.volume(), 0.5f);
+    EXPECT_TRUE(f.host->canRedo());
+    f.editor->idle();
+    f.editor->paint();
+    EXPECT_EQ(f.editor->pixels()[10 * 384 + 100], 0xFFFFFFFFu);
+    EXPECT_NE(f.editor->pixels()[10 * 384 + 150], 0xFFFFFFFFu);
+
+    f.editor->actions().perform(*f.editor->root(), "redo", "", false);
+    EXPECT_FLOAT_EQ(f.volume(), 0.75f);
+    f.editor->idle();
+    f.editor->paint();
+    EXPECT_EQ(f.editor->pixels()[10 * 384 + 150], 0xFFFFFFFFu);
+}
+
+TEST(PluginEditorHostTest, AClickThatChangesNothingLeavesNoStep) {
+    Fixture f;
+    f.editor->mouseDown({100, 10, Fomal::LEFT_BIT});
+    f.editor->mouseUp({100, 10, Fomal::LEFT_BIT});
+    EXPECT_FALSE(f.host->canUndo());
+}
+
+TEST(PluginEditorHostTest, TheHintShowsTheParametersDisplayText) {
+    Fixture f;
+    f.editor->mouseDown({100, 10, Fomal::LEFT_BIT});
+    f.editor->mouseMove({150, 10, Fomal::LEFT_BIT});
+    EXPECT_EQ(f.editor->hint().text(), "Volume " + f.host->controlText("Volume"));
+    EXPECT_FALSE(f.host->controlText("Volume").empty());
+    f.editor->mouseUp({150, 10, Fomal::LEFT_BIT});
+}
+
+TEST(PluginEditorHostTest, AutomationFromTheHostMovesTheSlider) {
+    Fixture f;
+    f.editor->paint();
+    f.plugin->setParameter(8, 0.25f);
+    f.editor->idle();
+    f.editor->paint();
+    EXPECT_EQ(f.editor->pixels()[10 * 384 + 50], 0xFFFFFFFFu);
+    // Not a step of the editor's history.
+    EXPECT_FALSE(f.host->canUndo());
+}
