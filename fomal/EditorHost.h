@@ -40,6 +40,17 @@ public:
     virtual void undo() = 0;
     virtual void redo() = 0;
 
+    // The MIDI controllers of the functions, numbered as in the MIDI
+    // configuration (ModWheel, Rotation, ... TriggerH): the controller
+    // number that drives a function, -1 for none; assigning one takes it
+    // from the function it drove. Learning clears the function's controller
+    // and waits for the next controller moved.
+    virtual int controllerOf(int function) const = 0;
+    virtual void assignController(int function, int controller) = 0;
+    virtual void learnController(int function) = 0;
+    // The function waiting to learn, -1 for none.
+    virtual int learningFunction() const = 0;
+
     // A note played from the panel (MIDI note number, velocity 1 to 127).
     virtual void previewNote(bool down, int note, int velocity) = 0;
 

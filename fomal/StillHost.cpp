@@ -25,6 +25,24 @@ std::string StillHost::controlText(std::string_view label) const {
     return text;
 }
 
+int StillHost::controllerOf(int function) const {
+    const auto it = controllers_.find(function);
+    return it == controllers_.end() ? -1 : it->second;
+}
+
+void StillHost::assignController(int function, int controller) {
+    for (auto& [f, c] : controllers_)
+        if (c == controller) c = -1;
+    controllers_[function] = controller;
+    ++revision_;
+}
+
+void StillHost::learnController(int function) {
+    controllers_[function] = -1;
+    learning_ = function;
+    ++revision_;
+}
+
 void StillHost::openPatch(std::string_view) { unavailable("Opening a patch"); }
 void StillHost::savePatch(std::string_view) { unavailable("Saving the patch"); }
 void StillHost::launch(std::string_view, std::string_view) { unavailable("Opening a file"); }

@@ -38,6 +38,13 @@ public:
     void undo() override {}
     void redo() override {}
 
+    // The controllers kept here start with none.
+    int controllerOf(int function) const override;
+    void assignController(int function, int controller) override;
+    void learnController(int function) override;
+    int learningFunction() const override { return learning_; }
+    void stopLearning() override { learning_ = -1; }
+
     // Without an engine a played note has nowhere to sound.
     void previewNote(bool, int, int) override {}
 
@@ -49,13 +56,14 @@ public:
     void launch(std::string_view, std::string_view) override;
     void openURL(std::string_view) override;
     void midiConfiguration() override;
-    void stopLearning() override {}
 
 private:
     std::string patchName_;
     std::map<std::string, double, std::less<>> controls_;
     std::uint64_t revision_ = 0;
     int gestures_ = 0;
+    std::map<int, int> controllers_;
+    int learning_ = -1;
 };
 
 }  // namespace Fomal

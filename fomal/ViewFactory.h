@@ -15,8 +15,13 @@ struct ViewType {
     ViewMaker make;
 };
 
-// Every type a layout can name.
+// The plain types of this library.
 const ViewType* viewTypes(std::size_t& count);
+
+// Adds types made outside this library (the living views of the panel).
+// Called once at start-up, before any layout is built; a name given again
+// replaces the earlier maker.
+void addViewTypes(const ViewType* types, std::size_t count);
 
 // Builds a view and, for nested layouts, its subtree. An unknown type fails
 // with "Unknown view type : " and the name.

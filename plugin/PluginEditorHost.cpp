@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "patch/MidiConfigText.h"
 #include "patch/ParameterTable.h"
 #include "plugin/ParameterText.h"
 #include "plugin/PluginCore.h"
@@ -69,6 +70,38 @@ void PluginEditorHost::endEdit(std::string_view label) {
     editSaved_ = false;
     plugin_.endEdit(i);
 }
+
+int PluginEditorHost::controllerOf(int function) const {
+    if (function < 0 || function >= MidiConfigRecord::FUNCTION_COUNT) return -1;
+    VersionedCell<MidiConfigRecord>& cell = plugin_.midiConfig();
+    MidiConfigRecord* config = cell.acquire();
+    const int controller = config->controllers[function];
+    cell.release(config);
+    return controller;
+}
+
+void PluginEditorHost::assignController(int function, int controller) {
+    if (function < 0 || function >= MidiConfigRecord::FUNCTION_COUNT) return;
+    VersionedCell<MidiConfigRecord>& cell = plugin_.midiConfig();
+    MidiConfigRecord* current = cell.acquire();
+    MidiConfigRecord changed = *current;
+    cell.release(current);
+    // As learning does: the function that had this controller has none.
+    if (controller >= 0)
+        for (int f = 0; f < MidiConfigRecord::FUNCTION_COUNT; ++f)
+            if (f != function && changed.controllers[f] == controller) ::assignController(changed, f, -1);
+    ::assignController(changed, function, controller);
+    cell.publish(changed);
+    ++revision_;
+}
+
+void PluginEditorHost::learnController(int function) {
+    if (function < 0 || function >= MidiConfigRecord::FUNCTION_COUNT) return;
+    assignController(function, -1);
+    plugin_.learnTarget().store(function);
+}
+
+int PluginEditorHost::learningFunction() const { return plugin_.learnTarget().load(); }
 
 void PluginEditorHost::previewNote(bool down, int note, int velocity) { plugin_.preview(down ? "down" : "up", note, velocity); }
 

@@ -34,6 +34,13 @@ public:
     void undo() override { history_.undo(); }
     void redo() override { history_.redo(); }
 
+    // The controllers of the instance's MIDI configuration; a change is
+    // heard at once and kept in the host's chunk.
+    int controllerOf(int function) const override;
+    void assignController(int function, int controller) override;
+    void learnController(int function) override;
+    int learningFunction() const override;
+
     void previewNote(bool down, int note, int velocity) override;
     std::uint64_t revision() const override;
 

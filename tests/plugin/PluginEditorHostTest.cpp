@@ -134,3 +134,29 @@ TEST(PluginEditorHostTest, AutomationFromTheHostMovesTheSlider) {
     // Not a step of the editor's history.
     EXPECT_FALSE(f.host->canUndo());
 }
+
+TEST(PluginEditorHostTest, LearningTakesTheNextControllerMoved) {
+    Fixture f;
+    constexpr int TUNING = 2;
+    EXPECT_EQ(f.host->controllerOf(TUNING), 17);  // the default
+    f.host->learnController(TUNING);
+    EXPECT_EQ(f.host->controllerOf(TUNING), -1);
+    EXPECT_EQ(f.host->learningFunction(), TUNING);
+    // Controller 33 moved on the keyboard.
+    VstMidiEvent cc{};
+    cc.type = kVstMidiType;
+    cc.byteSize = sizeof cc;
+    cc.midiData[0] = char(0xB0);
+    cc.midiData[1] = 33;
+    cc.midiData[2] = 90;
+    VstEvents events{};
+    events.numEvents = 1;
+    events.events[0] = reinterpret_cast<VstEvent*>(&cc);
+    f.plugin->processEvents(&events);
+    EXPECT_EQ(f.host->controllerOf(TUNING), 33);
+    EXPECT_EQ(f.host->learningFunction(), -1);
+
+    f.host->assignController(TUNING, 7);  // the volume's controller: the volume loses it
+    EXPECT_EQ(f.host->controllerOf(TUNING), 7);
+    EXPECT_EQ(f.host->controllerOf(8), -1);
+}

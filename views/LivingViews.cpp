@@ -1,0 +1,30 @@
+#include "views/LivingViews.h"
+
+#include <iterator>
+#include <memory>
+#include <mutex>
+
+#include "fomal/ViewFactory.h"
+#include "views/MidiCCView.h"
+
+namespace views {
+
+namespace {
+
+template <class T>
+std::unique_ptr<Fomal::View> make(const Fomal::ViewBuild& build) {
+    return std::make_unique<T>(build);
+}
+
+constexpr Fomal::ViewType LIVING_TYPES[] = {
+    {"midiCC", make<MidiCCView>},
+};
+
+}  // namespace
+
+void registerLivingViews() {
+    static std::once_flag once;
+    std::call_once(once, [] { Fomal::addViewTypes(LIVING_TYPES, std::size(LIVING_TYPES)); });
+}
+
+}  // namespace views
