@@ -27,8 +27,13 @@ std::string CaptionView::shownText() const {
     return OrlPixels::fitText(*font_.font, text, int(rect().width), ellipsis_);
 }
 
+void CaptionView::refreshState() {
+    if (shownText() != drawn_) invalidate();
+}
+
 void CaptionView::draw(OrlPixels::Surface& surface, const OrlPixels::IntRect&) {
     const std::string text = shownText();
+    drawn_ = text;
     const OrlPixels::IntRect r = pixelRect();
     const int width = font_.font->measure(text).width;
     const int x = OrlPixels::alignedLeft(align_, r.left, r.width, width) + int(offset_.x);

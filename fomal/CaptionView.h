@@ -16,6 +16,8 @@ class CaptionView : public View {
 public:
     explicit CaptionView(const ViewBuild& build);
     void draw(OrlPixels::Surface& surface, const OrlPixels::IntRect& clip) override;
+    // A text with live values (the patch's name) is drawn again when it changes.
+    void refreshState() override;
 
     // The text as shown now (substituted and shortened).
     std::string shownText() const;
@@ -26,6 +28,7 @@ private:
     OrlPixels::TextAlign align_ = OrlPixels::TextAlign::left;
     OrlPixels::EllipsisSide ellipsis_ = OrlPixels::EllipsisSide::none;
     PointF offset_;
+    std::string drawn_;
 };
 
 // An `ellipsis` value: a side, bare or quoted, or an array holding one.

@@ -56,8 +56,8 @@ public:
 
     // A number that changes whenever something the editor shows may have
     // changed outside it (automation, a program change, undo): the editor
-    // polls it and brings its states up to date.
-    virtual std::uint64_t revision() const = 0;
+    // polls it at every idle tick and brings its states up to date.
+    virtual std::uint64_t revision() = 0;
 
     // The patch and file operations of the actions; each may refuse with
     // an exception that the action reports.

@@ -29,7 +29,7 @@ public:
         controls_[std::string(label)] = value;
         ++revision_;
     }
-    std::uint64_t revision() const override { return revision_; }
+    std::uint64_t revision() override { return revision_; }
     // The value with two decimals.
     std::string controlText(std::string_view label) const override;
 

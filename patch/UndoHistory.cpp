@@ -20,6 +20,13 @@ void UndoHistory::saveUndo(std::string_view label, bool merge) {
     changed();
 }
 
+void UndoHistory::clear() {
+    if (entries_.empty()) return;
+    entries_.clear();
+    position_ = 0;
+    changed();
+}
+
 void UndoHistory::undo() {
     if (position_ == 0) return;
     if (position_ + 1 >= entries_.size()) {

@@ -35,6 +35,9 @@ public:
     // merge happens.
     void saveUndo(std::string_view label, bool merge = false);
 
+    // Forgets every step (the editor shows another program).
+    void clear();
+
     bool canUndo() const { return position_ > 0; }
     bool canRedo() const { return position_ + 1 < entries_.size(); }
     void undo();

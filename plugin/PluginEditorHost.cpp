@@ -15,7 +15,7 @@ namespace {
 }  // namespace
 
 PluginEditorHost::PluginEditorHost(PluginCore& plugin, const int& undoLimit, UndoHistory::Translator translate)
-    : plugin_(plugin), history_(*this, undoLimit, std::move(translate)) {
+    : plugin_(plugin), history_(*this, undoLimit, std::move(translate)), historyProgram_(plugin.currentProgram()) {
     history_.onChanged = [this] { ++revision_; };
 }
 
@@ -105,10 +105,16 @@ int PluginEditorHost::learningFunction() const { return plugin_.learnTarget().lo
 
 void PluginEditorHost::previewNote(bool down, int note, int velocity) { plugin_.preview(down ? "down" : "up", note, velocity); }
 
-std::uint64_t PluginEditorHost::revision() const {
+std::uint64_t PluginEditorHost::revision() {
     // The plug-in raises its flag when the host, MIDI or a program change
     // moved what the editor shows; taking it is the editor's poll.
     if (plugin_.guiRefresh().exchange(0) != 0) ++revision_;
+    if (plugin_.currentProgram() != historyProgram_) {
+        historyProgram_ = plugin_.currentProgram();
+        history_.clear();
+        editing_.clear();
+        ++revision_;
+    }
     return revision_;
 }
 
@@ -119,15 +125,11 @@ void PluginEditorHost::setCurrentProgram(const NorvelleProgram& record) {
     ++revision_;
 }
 
-bool PluginEditorHost::canStepPatch(int direction) const {
-    const int to = plugin_.currentProgram() + direction;
-    return to >= 0 && to < PluginCore::PROGRAM_COUNT;
-}
-
-void PluginEditorHost::stepPatch(int direction) {
-    if (canStepPatch(direction)) plugin_.setProgram(plugin_.currentProgram() + direction);
-    ++revision_;
-}
+// Previous and next step through the patch files of the current patch's
+// folder; until the editor reads patch folders there is no list, as for a
+// patch without a path, and the arrows are grey.
+bool PluginEditorHost::canStepPatch(int) const { return false; }
+void PluginEditorHost::stepPatch(int) {}
 
 // Patch files, web pages and the MIDI configuration dialog come with the
 // editor's windows.

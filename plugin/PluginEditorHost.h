@@ -42,7 +42,9 @@ public:
     int learningFunction() const override;
 
     void previewNote(bool down, int note, int velocity) override;
-    std::uint64_t revision() const override;
+    // Takes the plug-in's refresh flag; a program switched by the host or
+    // by MIDI starts a new history, for the history is of the program shown.
+    std::uint64_t revision() override;
 
     void openPatch(std::string_view title) override;
     void savePatch(std::string_view title) override;
@@ -67,5 +69,6 @@ private:
     // The control being dragged, and whether its first change is saved.
     std::string editing_;
     bool editSaved_ = false;
-    mutable std::uint64_t revision_ = 0;
+    std::uint64_t revision_ = 0;
+    int historyProgram_ = 0;
 };

@@ -175,3 +175,25 @@ TEST(UndoHistoryTest, TheLimitIsReadAtEverySave) {
     EXPECT_EQ(h.size(), 2u);
     EXPECT_EQ(h.position(), 2u);
 }
+
+TEST(UndoHistoryTest, ClearForgetsEveryStepAndTellsTheListeners) {
+    Host host;
+    int limit = 100;
+    UndoHistory h(host, limit);
+    int told = 0;
+    h.onChanged = [&] { ++told; };
+    h.saveUndo("Plant");
+    host.change(2);
+    h.undo();
+    ASSERT_TRUE(h.canRedo());
+    told = 0;
+    h.clear();
+    EXPECT_EQ(told, 1);
+    EXPECT_FALSE(h.canUndo());
+    EXPECT_FALSE(h.canRedo());
+    EXPECT_EQ(h.undoLabel(), "");
+    // Nothing came back: the current record stays.
+    EXPECT_EQ(host.current.seed, 1u);
+    h.clear();
+    EXPECT_EQ(told, 1);
+}

@@ -160,3 +160,20 @@ TEST(PluginEditorHostTest, LearningTakesTheNextControllerMoved) {
     EXPECT_EQ(f.host->controllerOf(TUNING), 7);
     EXPECT_EQ(f.host->controllerOf(8), -1);
 }
+
+TEST(PluginEditorHostTest, AnotherProgramStartsANewHistory) {
+    Fixture f;
+    f.drag(100, 150);
+    ASSERT_TRUE(f.host->canUndo());
+    f.plugin->setProgram(3);
+    f.editor->idle();
+    // Undoing now would copy the first program's state over the third.
+    EXPECT_FALSE(f.host->canUndo());
+    EXPECT_FLOAT_EQ(f.volume(), 0.5f);
+}
+
+TEST(PluginEditorHostTest, WithoutAPatchListTheArrowsAreGrey) {
+    Fixture f;
+    EXPECT_FALSE(f.editor->actions().canPerform(*f.editor->root(), "next", ""));
+    EXPECT_FALSE(f.editor->actions().canPerform(*f.editor->root(), "previous", ""));
+}
