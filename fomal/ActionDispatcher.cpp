@@ -4,8 +4,7 @@
 
 #include "fomal/BuiltInActions.h"
 #include "fomal/EditorServices.h"
-#include "fomal/Notation.h"
-#include "fomal/NotationReaders.h"
+#include "fomal/NotationNames.h"
 #include "fomal/View.h"
 #include "platform/ErrorAlert.h"
 #include "platform/Exceptions.h"

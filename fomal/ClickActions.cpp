@@ -2,7 +2,7 @@
 
 #include "fomal/ActionDispatcher.h"
 #include "fomal/EditorServices.h"
-#include "fomal/NotationReaders.h"
+#include "fomal/NotationNames.h"
 #include "fomal/View.h"
 
 namespace Fomal {

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "fomal/Notation.h"
+#include "fomal/NotationNames.h"
 #include "fomal/ViewEvents.h"
 
 namespace Fomal {

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "fomal/LayoutValues.h"
-#include "fomal/Notation.h"
+#include "fomal/NotationNames.h"
 #include "fomal/PanelDrawing.h"
 #include "fomal/View.h"
 

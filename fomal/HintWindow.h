@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-#include "fomal/NotationReaders.h"
+#include "fomal/NotationNames.h"
 #include "pixels/FontSpecification.h"
 #include "pixels/IntRect.h"
 #include "pixels/Surface.h"

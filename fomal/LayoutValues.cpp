@@ -1,6 +1,6 @@
 #include "fomal/LayoutValues.h"
 
-#include "fomal/NotationReaders.h"
+#include "fomal/NotationNames.h"
 #include "pixels/ImageLoader.h"
 #include "platform/Exceptions.h"
 

@@ -5,7 +5,7 @@
 
 #include <string>
 
-#include "fomal/Notation.h"
+#include "fomal/NotationNames.h"
 #include "pixels/FontSpecification.h"
 #include "pixels/Image.h"
 #include "pixels/Pen.h"

@@ -2,7 +2,7 @@
 
 #include "platform/Exceptions.h"
 #include "platform/Resources.h"
-#include "quol/Escape.h"
+#include "notation/Escape.h"
 
 namespace Fomal {
 
@@ -17,13 +17,13 @@ bool atComment(std::string_view line, std::size_t i) {
 }
 
 [[noreturn]] void invalid(std::string_view line) {
-    throw FormatException("Invalid catalogue entry: " + Quol::escape(line));
+    throw FormatException("Invalid catalogue entry: " + notation::escape(line));
 }
 
 std::string literal(std::string_view line, std::size_t& i) {
     if (i >= line.size() || (line[i] != '"' && line[i] != '\'')) invalid(line);
     try {
-        return Quol::readStringLiteral(line, i);
+        return notation::readStringLiteral(line, i);
     } catch (const Exception&) {
         invalid(line);
     }

@@ -4,7 +4,7 @@
 
 #include <string_view>
 
-#include "fomal/NotationReaders.h"
+#include "fomal/NotationNames.h"
 #include "pixels/Font.h"
 #include "pixels/Image.h"
 #include "pixels/Pixel.h"

@@ -2,8 +2,7 @@
 
 #include <cctype>
 
-#include "fomal/Notation.h"
-#include "fomal/NotationReaders.h"
+#include "fomal/NotationNames.h"
 
 namespace Fomal {
 

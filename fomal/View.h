@@ -14,8 +14,7 @@
 #include <vector>
 
 #include "fomal/Cursor.h"
-#include "fomal/Notation.h"
-#include "fomal/NotationReaders.h"
+#include "fomal/NotationNames.h"
 #include "fomal/Trigger.h"
 #include "fomal/ViewAnimation.h"
 #include "fomal/ViewEvents.h"

@@ -3,8 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "fomal/Notation.h"
-#include "fomal/NotationReaders.h"
+#include "fomal/NotationNames.h"
 #include "platform/Exceptions.h"
 
 namespace Fomal {

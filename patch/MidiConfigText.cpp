@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "fomal/Notation.h"
+#include "notation/Notation.h"
 #include "patch/ProgramTextEscape.h"
 #include "patch/ProgramTextNumbers.h"
 
@@ -28,7 +28,7 @@ int32_t integerOr(const std::string* raw, int32_t fallback) {
     return leadingLong(valueText(*raw)).value_or(fallback);
 }
 
-void readBoolean(const Fomal::Object& object, std::string_view key, bool& field) {
+void readBoolean(const notation::Object& object, std::string_view key, bool& field) {
     const std::string* raw = object.find(key);
     if (!raw) return;
     std::string text = valueText(*raw);
@@ -36,7 +36,7 @@ void readBoolean(const Fomal::Object& object, std::string_view key, bool& field)
     if (text == "false") field = false;
 }
 
-void readChannel(const Fomal::Object& object, std::string_view key, int32_t& field) {
+void readChannel(const notation::Object& object, std::string_view key, int32_t& field) {
     const std::string* raw = object.find(key);
     if (!raw) return;
     // A text that isn't a number reads as 0, and so as -1.
@@ -64,8 +64,8 @@ int reassignedControllerCount(const MidiConfigRecord& config) {
 
 MidiConfigRecord readMidiConfig(std::u16string_view sourcePath, std::string_view text) {
     MidiConfigRecord config;
-    const Fomal::Object top = Fomal::parseObject(text);
-    const Fomal::Object o = Fomal::parseObject(top.get("TendraneMIDIConfig"));
+    const notation::Object top = notation::parseObject(text);
+    const notation::Object o = notation::parseObject(top.get("TendraneMIDIConfig"));
 
     readChannel(o, "MIDIReceiveChannel", config.inputMidiChannel);
     readChannel(o, "MIDITransmitChannel", config.outputMidiChannel);

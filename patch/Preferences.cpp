@@ -1,9 +1,9 @@
 #include "patch/Preferences.h"
 
-#include "fomal/Notation.h"
-#include "fomal/NotationReaders.h"
+#include "notation/Notation.h"
+#include "notation/NotationReaders.h"
 #include "platform/Exceptions.h"
-#include "quol/Escape.h"
+#include "notation/Escape.h"
 
 namespace {
 
@@ -24,10 +24,10 @@ std::string storedText(const PreferenceMap& map) {
 
 PreferenceMap Preferences::parseText(std::string_view text) {
     PreferenceMap values;
-    const Fomal::Object object = Fomal::parseObject(text);
+    const notation::Object object = notation::parseObject(text);
     for (const auto& [key, raw] : object.entries()) {
         try {
-            values[key] = Fomal::readString(raw);
+            values[key] = notation::readString(raw);
         } catch (const Exception&) {
             values[key] = raw;  // an unterminated quote: keep what stands there
         }
@@ -38,9 +38,9 @@ PreferenceMap Preferences::parseText(std::string_view text) {
 std::string Preferences::formatText(const PreferenceMap& values) {
     std::string t = "{\n";
     for (const auto& [key, value] : values) {
-        t += isPlainKey(key) ? key : Quol::escape(key);
+        t += isPlainKey(key) ? key : notation::escape(key);
         t += ": ";
-        t += Quol::escape(value);
+        t += notation::escape(value);
         t += ",\n";
     }
     t += "}";

@@ -5,7 +5,7 @@
 #include <cmath>
 #include <cstdio>
 
-#include "fomal/Notation.h"
+#include "notation/Notation.h"
 #include "platform/Exceptions.h"
 #include "patch/ProgramTextEscape.h"
 #include "patch/ProgramTextNumbers.h"
@@ -53,7 +53,7 @@ std::string valueText(std::string_view raw) {
     return out;
 }
 
-bool readBoolean(const Fomal::Object& object, std::string_view key, bool fallback) {
+bool readBoolean(const notation::Object& object, std::string_view key, bool fallback) {
     const std::string* raw = object.find(key);
     if (!raw) return fallback;
     std::string text = valueText(*raw);
@@ -164,8 +164,8 @@ std::string writeProgramText(const NorvelleProgram& record, bool forFile) {
 }
 
 NorvelleProgram readProgramText(std::string_view text) {
-    const Fomal::Object top = Fomal::parseObject(text);
-    const Fomal::Object patch = Fomal::parseObject(top.get("TendranePatch"));
+    const notation::Object top = notation::parseObject(text);
+    const notation::Object patch = notation::parseObject(top.get("TendranePatch"));
 
     auto integer = [&](std::string_view key) -> std::optional<int32_t> {
         const std::string* raw = patch.find(key);
@@ -204,7 +204,7 @@ NorvelleProgram readProgramText(std::string_view text) {
     }
     record.cloned = readBoolean(patch, "Cloned", false);
 
-    const Fomal::Object genome = Fomal::parseObject(patch.get("Genome"));
+    const notation::Object genome = notation::parseObject(patch.get("Genome"));
     for (int g = 0; g < GENE_COUNT; ++g) {
         double value = 0.5;
         if (const std::string* raw = genome.find(GENE_TABLE[g].name)) {
@@ -218,7 +218,7 @@ NorvelleProgram readProgramText(std::string_view text) {
     return record;
 }
 
-bool isProgramText(std::string_view text) { return Fomal::parseObject(text).has("TendranePatch"); }
+bool isProgramText(std::string_view text) { return notation::parseObject(text).has("TendranePatch"); }
 
 std::string withCrLf(std::string_view text) {
     std::string out;

@@ -1,7 +1,7 @@
 #include "patch/ProgramTextEscape.h"
 
 #include "platform/Exceptions.h"
-#include "quol/Escape.h"
+#include "notation/Escape.h"
 
 namespace {
 
@@ -43,7 +43,7 @@ std::string escapeWide(std::u16string_view text) {
     out += '"';
     for (char16_t c : text) {
         if (c <= 0xFF) {
-            Quol::appendEscapedByte(out, static_cast<unsigned char>(c));
+            notation::appendEscapedByte(out, static_cast<unsigned char>(c));
         } else {
             out += "\\u";
             out += hex[(c >> 12) & 15];

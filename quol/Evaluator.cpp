@@ -5,7 +5,7 @@
 #include <string>
 
 #include "quol/Classification.h"
-#include "quol/Escape.h"
+#include "notation/Escape.h"
 #include "quol/Exception.h"
 #include "quol/Number.h"
 
@@ -643,7 +643,7 @@ private:
         std::size_t q = pos_;
         std::string text;
         try {
-            text = readStringLiteral(source_.view(), q);
+            text = notation::readStringLiteral(source_.view(), q);
         } catch (const Exception&) {
             throw;
         } catch (const ::Exception& e) {

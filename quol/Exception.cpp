@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "quol/Escape.h"
+#include "notation/Escape.h"
 
 namespace Quol {
 
@@ -10,7 +10,7 @@ void fail(const char* text) { throw Exception(text); }
 
 void fail(const char* text, std::string_view value) {
     std::string message(text);
-    message += escape(value);
+    message += notation::escape(value);
     throw Exception(std::string_view(message));
 }
 

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "quol/Classification.h"
-#include "quol/Escape.h"
+#include "notation/Escape.h"
 #include "quol/Exception.h"
 #include "quol/Number.h"
 
@@ -113,7 +113,7 @@ Value nativeDelete(Frame& a) {
     return Value();
 }
 
-Value nativeEscape(Frame& a) { return Value(escape(argument(a, 0))); }
+Value nativeEscape(Frame& a) { return Value(notation::escape(argument(a, 0))); }
 
 Value nativeExists(Frame& a) {
     Value name = argument(a, 0);
@@ -267,7 +267,7 @@ Value nativeTry(Frame& a) {
 
 Value nativeUnescape(Frame& a) {
     const Value s = argument(a, 0);
-    return asScriptFailure([&] { return Value(unescape(s)); });
+    return asScriptFailure([&] { return Value(notation::unescape(s)); });
 }
 
 Value nativeLoad(Frame& a) {

@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-namespace Quol {
+namespace notation {
 
 // Text without control bytes, bytes above 126 and single quotes comes back
 // between single quotes as it stands. Anything else comes back between double
@@ -29,4 +29,4 @@ std::string readStringLiteral(std::string_view text, std::size_t& pos);
 // ("\\n", "\\x1f", ...), or the byte itself when it needs none.
 void appendEscapedByte(std::string& out, unsigned char byte);
 
-}  // namespace Quol
+}  // namespace notation

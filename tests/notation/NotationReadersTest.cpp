@@ -1,4 +1,4 @@
-#include "fomal/NotationReaders.h"
+#include "notation/NotationReaders.h"
 
 #include <gtest/gtest.h>
 
@@ -8,7 +8,7 @@
 
 #include "platform/Exceptions.h"
 
-using namespace Fomal;
+using namespace notation;
 
 namespace {
 

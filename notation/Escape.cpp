@@ -1,8 +1,8 @@
-#include "quol/Escape.h"
+#include "notation/Escape.h"
 
 #include "platform/Exceptions.h"
 
-namespace Quol {
+namespace notation {
 
 namespace {
 
@@ -129,4 +129,4 @@ std::string unescape(std::string_view text) {
     return readStringLiteral(text, pos);
 }
 
-}  // namespace Quol
+}  // namespace notation

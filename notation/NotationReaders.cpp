@@ -1,4 +1,4 @@
-#include "fomal/NotationReaders.h"
+#include "notation/NotationReaders.h"
 
 #include <charconv>
 #include <climits>
@@ -7,11 +7,11 @@
 #include <limits>
 #include <vector>
 
-#include "fomal/Notation.h"
+#include "notation/Notation.h"
 #include "platform/Exceptions.h"
-#include "quol/Escape.h"
+#include "notation/Escape.h"
 
-namespace Fomal {
+namespace notation {
 
 namespace {
 
@@ -126,7 +126,7 @@ private:
         for (std::size_t i = symbols_.size(); i-- > 0;)
             if (symbols_[i].name == name) return A::fromSymbol(symbols_[i].value);
         if (name == "$") return dollar_;
-        throw Exception("Undefined symbol: " + Quol::escape(name));
+        throw Exception("Undefined symbol: " + notation::escape(name));
     }
 
     void evaluate(int level) {
@@ -147,7 +147,7 @@ private:
             result_ = A::neg(result_);
         } else if (isDigit(c) || c == '.') {
             std::size_t n = decimalPrefix(text_, pos_);
-            if (n == 0) throw Exception("Invalid number: " + Quol::escape(text_));
+            if (n == 0) throw Exception("Invalid number: " + notation::escape(text_));
             result_ = A::literal(text_.substr(pos_, n));
             pos_ += n;
         } else {
@@ -199,7 +199,7 @@ int readInt(std::string_view raw, int dflt, std::span<const NumberSymbol> symbol
 }
 
 std::string readString(std::string_view raw) {
-    if (!raw.empty() && (raw.front() == '"' || raw.front() == '\'')) return Quol::unescape(raw);
+    if (!raw.empty() && (raw.front() == '"' || raw.front() == '\'')) return notation::unescape(raw);
     return std::string(raw);
 }
 
@@ -207,7 +207,7 @@ bool readBool(std::string_view raw) {
     std::string text = readString(raw);
     if (text == "true") return true;
     if (text == "false") return false;
-    throw Exception("Invalid boolean: " + Quol::escape(text));
+    throw Exception("Invalid boolean: " + notation::escape(text));
 }
 
 std::uint32_t readColor(std::string_view raw) {
@@ -238,7 +238,7 @@ std::uint32_t readColor(std::string_view raw) {
     } else {
         for (; p < raw.size() && isDigit(raw[p]); ++p, ++digits) value = value * 10 + static_cast<unsigned>(raw[p] - '0');
     }
-    if (digits == 0) throw Exception("Invalid number: " + Quol::escape(raw));
+    if (digits == 0) throw Exception("Invalid number: " + notation::escape(raw));
     return negative ? 0u - value : value;
 }
 
@@ -262,4 +262,4 @@ RectF readRect(std::string_view raw, const RectF& parent) {
     return r;
 }
 
-}  // namespace Fomal
+}  // namespace notation

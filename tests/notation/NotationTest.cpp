@@ -1,13 +1,13 @@
-#include "fomal/Notation.h"
+#include "notation/Notation.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
 
-using Fomal::Array;
-using Fomal::Object;
-using Fomal::parseArray;
-using Fomal::parseObject;
+using notation::Array;
+using notation::Object;
+using notation::parseArray;
+using notation::parseObject;
 
 TEST(NotationTest, NestedObjectStaysRaw) {
     Object o = parseObject("a: 1\nb: { c: 2 }\n");

@@ -17,7 +17,7 @@
 #include <string_view>
 #include <vector>
 
-namespace Fomal {
+namespace notation {
 
 // An ordered map from key to raw value; keys are ordered by their bytes. A key
 // stands once: a later occurrence in the text replaces the earlier one.
@@ -52,4 +52,4 @@ Object parseObject(std::string_view text);
 // An optional `{`, then values separated by `,`, `;` or line ends.
 Array parseArray(std::string_view text);
 
-}  // namespace Fomal
+}  // namespace notation

@@ -14,7 +14,7 @@
 #include <string>
 #include <string_view>
 
-namespace Fomal {
+namespace notation {
 
 struct NumberSymbol {
     std::string_view name;
@@ -64,4 +64,4 @@ PointF readPoint(std::string_view raw, PointF dflt = {}, const RectF* parent = n
 // own left, top, width or height. Missing elements keep the parent's.
 RectF readRect(std::string_view raw, const RectF& parent);
 
-}  // namespace Fomal
+}  // namespace notation

@@ -1,4 +1,4 @@
-#include "quol/Escape.h"
+#include "notation/Escape.h"
 
 #include <gtest/gtest.h>
 
@@ -6,8 +6,8 @@
 
 #include "platform/Exceptions.h"
 
-using Quol::escape;
-using Quol::unescape;
+using notation::escape;
+using notation::unescape;
 
 namespace {
 
@@ -82,9 +82,9 @@ TEST(EscapeTest, EveryByteStringSurvivesEscapeAndUnescape) {
 TEST(EscapeTest, ReadStringLiteralLeavesTheCursorBehindTheClosingQuote) {
     std::string text = "x = \"a\\\"b\" + 'c'";
     std::size_t pos = 4;
-    EXPECT_EQ(Quol::readStringLiteral(text, pos), "a\"b");
+    EXPECT_EQ(notation::readStringLiteral(text, pos), "a\"b");
     EXPECT_EQ(pos, 10u);
     pos = 13;
-    EXPECT_EQ(Quol::readStringLiteral(text, pos), "c");
+    EXPECT_EQ(notation::readStringLiteral(text, pos), "c");
     EXPECT_EQ(pos, text.size());
 }

@@ -1,9 +1,9 @@
-#include "fomal/Notation.h"
+#include "notation/Notation.h"
 
 #include "platform/Exceptions.h"
-#include "quol/Escape.h"
+#include "notation/Escape.h"
 
-namespace Fomal {
+namespace notation {
 
 const std::string* Object::find(std::string_view key) const {
     auto it = entries_.find(key);
@@ -138,7 +138,7 @@ public:
             skipQuoted();
             std::string_view raw = slice(start);
             try {
-                return Quol::unescape(raw);
+                return notation::unescape(raw);
             } catch (const Exception&) {
                 // An unterminated quote runs to the end of the text.
                 return std::string(raw.substr(1));
@@ -212,4 +212,4 @@ Array parseArray(std::string_view text) {
     return array;
 }
 
-}  // namespace Fomal
+}  // namespace notation
