@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "cli/Options.h"
+#include "notation/LeadingNumbers.h"
 #include "plugin/PluginCore.h"
 
 namespace cli {
@@ -42,10 +43,12 @@ std::vector<NoteSpec> parseNoteList(const std::string& text) {
         char* end = nullptr;
         long note = std::strtol(f[0].c_str(), &end, 10);
         if (f[0].empty() || *end || note < 0 || note > 127) throw bad("note must be 0 to 127");
-        double start = std::strtod(f[1].c_str(), &end);
-        if (f[1].empty() || *end || !(start >= 0) || !std::isfinite(start)) throw bad("start must be 0 or more seconds");
-        double dur = std::strtod(f[2].c_str(), &end);
-        if (f[2].empty() || *end || !(dur > 0) || !std::isfinite(dur)) throw bad("duration must be above 0 seconds");
+        const LeadingNumber startText = leadingDouble(f[1]), durText = leadingDouble(f[2]);
+        const double start = startText.value, dur = durText.value;
+        if (f[1].empty() || startText.length != f[1].size() || !(start >= 0) || !std::isfinite(start))
+            throw bad("start must be 0 or more seconds");
+        if (f[2].empty() || durText.length != f[2].size() || !(dur > 0) || !std::isfinite(dur))
+            throw bad("duration must be above 0 seconds");
         long vel = std::strtol(f[3].c_str(), &end, 10);
         if (f[3].empty() || *end || vel < 1 || vel > 127) throw bad("velocity must be 1 to 127");
         n.note = int(note);

@@ -1,7 +1,10 @@
 #include "cli/Options.h"
 
 #include <cerrno>
+#include <cmath>
 #include <cstdlib>
+
+#include "notation/LeadingNumbers.h"
 
 namespace cli {
 
@@ -100,12 +103,10 @@ long long parseInteger(const std::string& option, const std::string& text) {
 }
 
 double parseReal(const std::string& option, const std::string& text) {
-    errno = 0;
-    char* end = nullptr;
-    double v = std::strtod(text.c_str(), &end);
-    if (text.empty() || *end != 0 || errno == ERANGE)
+    const LeadingNumber n = leadingDouble(text);
+    if (text.empty() || n.length != text.size() || !std::isfinite(n.value))
         throw UsageError("option '--" + option + "' needs a number, not '" + text + "'");
-    return v;
+    return n.value;
 }
 
 }  // namespace cli

@@ -7,6 +7,7 @@
 #include <limits>
 #include <vector>
 
+#include "notation/LeadingNumbers.h"
 #include "notation/Notation.h"
 #include "platform/Exceptions.h"
 #include "notation/Escape.h"
@@ -44,19 +45,8 @@ std::size_t decimalPrefix(std::string_view text, std::size_t pos) {
     return p - pos;
 }
 
-// A decimal literal as a double, without regard to the C locale.
-double decimalValue(std::string_view literal) {
-    double value = 0.0;
-    auto result = std::from_chars(literal.data(), literal.data() + literal.size(), value,
-                                  std::chars_format::general);
-    if (result.ec == std::errc::result_out_of_range) {
-        // Too large or too small for a double: an exponent beyond the range.
-        std::size_t e = literal.find_first_of("eE");
-        bool negativeExponent = e != std::string_view::npos && e + 1 < literal.size() && literal[e + 1] == '-';
-        return negativeExponent ? 0.0 : std::numeric_limits<double>::infinity();
-    }
-    return value;
-}
+// A decimal literal as a double.
+double decimalValue(std::string_view literal) { return leadingDouble(literal).value; }
 
 template <typename T>
 struct Arithmetic;

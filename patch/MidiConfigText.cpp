@@ -4,7 +4,7 @@
 
 #include "notation/Notation.h"
 #include "patch/ProgramTextEscape.h"
-#include "patch/ProgramTextNumbers.h"
+#include "notation/LeadingNumbers.h"
 
 const std::string_view MIDI_FUNCTION_NAMES[MidiConfigRecord::FUNCTION_COUNT] = {
     "ModWheel", "Rotation", "Tuning",   "Atonality", "Effect",   "Release",  "WheelScale", "VelSens", "Volume",

@@ -8,7 +8,7 @@
 #include "notation/Notation.h"
 #include "platform/Exceptions.h"
 #include "patch/ProgramTextEscape.h"
-#include "patch/ProgramTextNumbers.h"
+#include "notation/LeadingNumbers.h"
 
 namespace {
 

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "notation/LeadingNumbers.h"
 #include "platform/Exceptions.h"
 
 namespace OrlPixels {
@@ -237,22 +238,16 @@ bool PenText::has(const char* key) const { return find(key) != nullptr; }
 double PenText::number(const char* key) const {
     const std::string* raw = find(key);
     if (raw == nullptr || raw->empty()) return 0;
-    const char* s = raw->c_str();
-    char* end = nullptr;
-    const double v = std::strtod(s, &end);
-    if (end == s) throw FormatException("Invalid number: " + *raw);
-    return v;
+    const LeadingNumber n = leadingDouble(*raw);
+    if (n.length == 0) throw FormatException("Invalid number: " + *raw);
+    return n.value;
 }
 
 Pixel PenText::color(const char* key, Pixel fallback) const {
     const std::string* raw = find(key);
     if (raw == nullptr || raw->empty()) return fallback;
-    const char* s = raw->c_str();
-    char* end = nullptr;
-    errno = 0;
-    const unsigned long long v = std::strtoull(s, &end, 0);
-    if (end == s || errno != 0) return fallback;
-    return Pixel(v);
+    const std::optional<std::uint32_t> v = leadingUnsignedLong(*raw);
+    return v ? Pixel(*v) : fallback;
 }
 
 std::string PenText::keyword(const char* key) const {

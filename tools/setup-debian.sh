@@ -8,7 +8,7 @@ packages_for() {
   case "$1" in
     build) echo cmake ninja-build g++ make pkg-config libgtest-dev libgmock-dev libbenchmark-dev \
                 libpng-dev zlib1g-dev libcurl4-openssl-dev libx11-dev \
-                libfreetype-dev libfontconfig-dev fonts-dejavu-core ;;
+                libfreetype-dev libfontconfig-dev fonts-dejavu-core locales ;;
     fuzz)  echo clang libclang-rt-14-dev ;;
     cross) echo g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix ;;
     tools) echo libfreetype-dev fonts-league-spartan fonts-open-sans ;;

@@ -8,7 +8,6 @@
 #include "patch/NorvelleProgram.h"
 #include "patch/ProgramText.h"
 #include "patch/ProgramTextEscape.h"
-#include "patch/ProgramTextNumbers.h"
 #include "platform/Exceptions.h"
 
 namespace {
@@ -329,23 +328,4 @@ TEST(TextFormatTest, WideEscapeUsesSingleQuotesWhenPlain) {
     EXPECT_EQ(escapeWide(u"\u00e9\u0141"), "\"\\xe9\\u0141\"");
     EXPECT_EQ(unescapeWide("\"\\l0001f600\""), u"\uf600");
     EXPECT_EQ(unescapeWide("bare"), u"bare");
-}
-
-TEST(TextFormatTest, CNumberRules) {
-    EXPECT_EQ(leadingDouble("  +35.5e1x").value, 355.0);
-    EXPECT_EQ(leadingDouble("  +35.5e1x").length, 9u);
-    EXPECT_EQ(leadingDouble("0x1.8p1").value, 3.0);
-    EXPECT_EQ(leadingDouble("-inf").value, -INFINITY);
-    EXPECT_TRUE(std::isnan(leadingDouble("nan(12)").value));
-    EXPECT_EQ(leadingDouble("abc").length, 0u);
-    EXPECT_EQ(leadingDouble(".5").value, 0.5);
-    EXPECT_EQ(leadingDouble("5.").length, 2u);
-    EXPECT_EQ(leadingDouble("1e999").value, INFINITY);
-    EXPECT_EQ(leadingLong("0x7fffffff").value(), 0x7FFFFFFF);
-    EXPECT_EQ(leadingLong("4294967296").value(), 0x7FFFFFFF);
-    EXPECT_EQ(leadingLong("-4294967296").value(), INT32_MIN);
-    EXPECT_EQ(leadingLong("0x").value(), 0);
-    EXPECT_EQ(leadingLong("08").value(), 0);
-    EXPECT_FALSE(leadingLong("x1").has_value());
-    EXPECT_FALSE(leadingLong("").has_value());
 }

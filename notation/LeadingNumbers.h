@@ -1,5 +1,8 @@
-// Number reading by the C library's rules, without regard to the C locale:
-// the patch and MIDI configuration texts were always read this way.
+// The one reader of numbers written in texts: by the C library's rules and
+// never by the C locale, which a host may have set to write a decimal
+// comma. Patch texts, MIDI configurations, pens and the literals of the
+// notation's expressions read their numbers here; the script language keeps
+// its own rules for the strings it computes with.
 #pragma once
 
 #include <cstddef>

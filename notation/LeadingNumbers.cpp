@@ -1,4 +1,4 @@
-#include "patch/ProgramTextNumbers.h"
+#include "notation/LeadingNumbers.h"
 
 #include <charconv>
 #include <cmath>
