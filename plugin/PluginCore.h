@@ -8,6 +8,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -18,6 +19,7 @@
 #include "engine/VersionedCell.h"
 #include "engine/VisualState.h"
 #include "patch/MidiConfigRecord.h"
+#include "fomal/ViewEvents.h"
 #include "patch/NorvelleProgram.h"
 #include "plugin/AudioEffectX.h"
 
@@ -77,6 +79,11 @@ public:
     // answers 0.
     VstInt32 getChunk(void** data, bool isPreset) override;
     VstInt32 setChunk(void* data, VstInt32 byteSize, bool isPreset) override;
+
+    // The open editor's keys: the host forwards them through the dispatcher;
+    // true when the editor used the key (the host then keeps it from its
+    // own shortcuts). Set by the editor while it is open.
+    std::function<bool(const Fomal::KeyEvent&)> editorKeyDown;
 
     // Names and capabilities.
     VstIntPtr dispatcher(VstInt32 opcode, VstInt32 index, VstIntPtr value, void* ptr, float opt) override;

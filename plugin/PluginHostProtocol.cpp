@@ -7,6 +7,7 @@
 
 #include "patch/Chunk.h"
 #include "patch/StartupBank.h"
+#include "plugin/EditorKeys.h"
 #include "plugin/PluginCore.h"
 
 namespace {
@@ -52,6 +53,14 @@ VstIntPtr PluginCore::dispatcher(VstInt32 opcode, VstInt32 index, VstIntPtr valu
     switch (opcode) {
     case effGetPlugCategory:
         return PLUG_CATEGORY_SYNTH;
+    case effEditKeyDown: {
+        if (!editorKeyDown) return 0;
+        const std::optional<Fomal::KeyEvent> key = keyEventFromHost(index, value, opt);
+        return key && editorKeyDown(*key) ? 1 : 0;
+    }
+    case effEditKeyUp:
+        // The editor acts on presses; a release is the host's.
+        return 0;
     default:
         return AudioEffectX::dispatcher(opcode, index, value, ptr, opt);
     }
