@@ -70,6 +70,20 @@ public:
     virtual void showPopup(View& target, const PopupRequest& popup) = 0;
 };
 
+// Alerts and menus of the platform's own, where it has them (Windows):
+// each blocks until the user has answered and returns the answer. Without
+// them the panel draws its own.
+class NativeDialogs {
+public:
+    virtual ~NativeDialogs() = default;
+    // The word of the button pressed ("ok", "cancel", ...); `text` is the
+    // alert's text after the substitution.
+    virtual std::string alert(const AlertRequest& alert, std::string_view text) = 0;
+    // The chosen entry (in a submenu too), or null; (x, y) in panel
+    // coordinates.
+    virtual const PopupItem* popup(const std::vector<PopupItem>& items, float x, float y) = 0;
+};
+
 class ActionDispatcher {
 public:
     ActionDispatcher(EditorServices& editor, ScriptRunner& scripts, DialogPresenter& dialogs);

@@ -278,11 +278,24 @@ void EditorCore::presentAlert(View* target, const AlertRequest& alert) {
         if (open->request().title == alert.title && open->shownText() == text) return;
     if (onAlert) onAlert(alert.title, text);
     closeMenus();
+    if (native_ != nullptr) {
+        // The platform's box blocks until answered; the target is kept
+        // until the event is over.
+        const std::string word = native_->alert(alert, text);
+        if (target != nullptr && !target->retired()) actions().alertAnswered(*target, alert, word);
+        return;
+    }
     openOverlay(std::make_unique<AlertBox>(*this, target, alert, text));
 }
 
 void EditorCore::showPopup(View& target, const PopupRequest& popup) {
     closeMenus();
+    if (native_ != nullptr) {
+        invalidate(hint_.hide());
+        const PopupItem* chosen = native_->popup(popup.items, popup.x, popup.y);
+        if (chosen != nullptr && !target.retired()) actions().popupChosen(target, *chosen);
+        return;
+    }
     openOverlay(std::make_unique<PopupMenu>(*this, target, popup.items, popup.x, popup.y));
 }
 

@@ -68,6 +68,9 @@ public:
     // that title. False when there is none.
     bool choose(std::string_view title);
     bool dialogOpen() const { return !overlay_.empty(); }
+    // The platform's own alerts and menus instead of the drawn ones; null
+    // for the drawn ones. The dialogs outlive the editor or are reset first.
+    void useNativeDialogs(NativeDialogs* dialogs) { native_ = dialogs; }
 
     // Every alert as it appears: title and text.
     std::function<void(const std::string& title, const std::string& text)> onAlert;
@@ -124,6 +127,7 @@ private:
     std::int64_t wake_ = INT64_MAX;
     std::uint64_t hostRevision_ = 0;
 
+    NativeDialogs* native_ = nullptr;
     View* captured_ = nullptr;
     View* focus_ = nullptr;
     std::weak_ptr<const char> capturedLife_, focusLife_;

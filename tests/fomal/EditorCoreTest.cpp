@@ -73,3 +73,48 @@ TEST(EditorCoreTest, NothingIsDueWhenNothingMoves) {
     e.wait(10);
     EXPECT_TRUE(e.core.paint().isEmpty());
 }
+
+namespace {
+
+// The platform's dialogs as a test answers them.
+struct AnsweringDialogs : Fomal::NativeDialogs {
+    std::string word;
+    std::string lastText;
+    std::string pick;
+    std::string alert(const Fomal::AlertRequest&, std::string_view text) override {
+        lastText = std::string(text);
+        return word;
+    }
+    const Fomal::PopupItem* popup(const std::vector<Fomal::PopupItem>& items, float, float) override {
+        for (const Fomal::PopupItem& item : items)
+            if (item.title == pick) return &item;
+        return nullptr;
+    }
+};
+
+}  // namespace
+
+TEST(EditorCoreTest, NativeDialogsAnswerInsteadOfTheDrawnOnes) {
+    viewtest::Editor e("views: { { type: \"rectangle\", label: \"box\", bounds: { 0, 0, 5, 5 }, fill: 0xFFFFFFFF } }");
+    AnsweringDialogs dialogs;
+    e.core.useNativeDialogs(&dialogs);
+    dialogs.word = "no";
+    e.core.actions().perform(e.root(), "alert",
+                             "{ text: \"Hide ^N?\", buttons: \"yes no\", reactions: { { \"yes\", \"hideView\", \"box\" } } }", false);
+    EXPECT_FALSE(e.core.dialogOpen());
+    EXPECT_EQ(dialogs.lastText, "Hide Init?");
+    EXPECT_FALSE(e.find("box").hidden());
+    dialogs.word = "yes";
+    e.core.actions().perform(e.root(), "alert",
+                             "{ text: \"Hide?\", buttons: \"yes no\", reactions: { { \"yes\", \"hideView\", \"box\" } } }", false);
+    EXPECT_TRUE(e.find("box").hidden());
+    EXPECT_EQ(e.alerts.size(), 2u);  // still reported as they appear
+
+    dialogs.pick = "Show";
+    e.core.actions().perform(e.root(), "popup", "{ items: { { \"Show\", \"showView\", \"box\" } } }", false);
+    EXPECT_FALSE(e.core.dialogOpen());
+    EXPECT_FALSE(e.find("box").hidden());
+    e.core.useNativeDialogs(nullptr);
+    e.core.actions().perform(e.root(), "popup", "{ items: { { \"Show\", \"showView\", \"box\" } } }", false);
+    EXPECT_TRUE(e.core.dialogOpen());
+}
