@@ -11,10 +11,6 @@ namespace Fomal {
 
 namespace {
 
-OrlPixels::ImageRef optionalImage(const Object& keys, const char* key) {
-    return keys.has(key) ? readImage(keys.get(key)) : OrlPixels::ImageRef();
-}
-
 int rounded(float v) { return int(std::floor(v + 0.5f)); }
 
 }  // namespace
@@ -23,10 +19,10 @@ ButtonView::ButtonView(const ViewBuild& build, bool isSwitch)
     : View(build), switch_(isSwitch), actions_(readClickActions(build.keys)) {
     const Object& k = build.keys;
     const OrlPixels::IntRect r = pixelRect();
-    image_ = optionalImage(k, "image");
-    disabledImage_ = optionalImage(k, "disabledImage");
-    icon_ = optionalImage(k, "icon");
-    disabledIcon_ = optionalImage(k, "disabledIcon");
+    image_ = readImageIfGiven(k, "image");
+    disabledImage_ = readImageIfGiven(k, "disabledImage");
+    icon_ = readImageIfGiven(k, "icon");
+    disabledIcon_ = readImageIfGiven(k, "disabledIcon");
     // A film's frames are as large as the button.
     if (k.has("film")) film_.emplace(readImage(k.get("film")), r.width, r.height);
     if (k.has("disabledFilm")) disabledFilm_.emplace(readImage(k.get("disabledFilm")), r.width, r.height);

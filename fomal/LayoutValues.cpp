@@ -26,6 +26,10 @@ OrlPixels::FontSpecification readFont(std::string_view raw) {
     return OrlPixels::readFontSpecification(LayoutValues(raw));
 }
 
+OrlPixels::ImageRef readImageIfGiven(const Object& keys, std::string_view key) {
+    return keys.has(key) ? readImage(keys.get(key)) : OrlPixels::ImageRef();
+}
+
 OrlPixels::ImageRef readImage(std::string_view raw) {
     std::string name;
     std::string format;

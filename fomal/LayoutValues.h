@@ -39,5 +39,7 @@ OrlPixels::FontSpecification readFont(std::string_view raw);
 // An image named plainly (`"seed"`) or as `{ name: "BGOverlay", format: "rle" }`;
 // failure: "Could not obtain image : " and the name.
 OrlPixels::ImageRef readImage(std::string_view raw);
+// The image of a key when the key is given, else none.
+OrlPixels::ImageRef readImageIfGiven(const Object& keys, std::string_view key);
 
 }  // namespace Fomal

@@ -23,10 +23,6 @@ double number(const Object& keys, const char* key, double dflt) {
     return keys.has(key) ? double(tamed(readNumber(keys.get(key), float(dflt)))) : dflt;
 }
 
-OrlPixels::ImageRef optionalImage(const Object& keys, const char* key) {
-    return keys.has(key) ? readImage(keys.get(key)) : OrlPixels::ImageRef();
-}
-
 void fillPolygon(OrlPixels::Surface& surface, OrlPixels::Polygon& shape, OrlPixels::Pixel color) {
     OrlPixels::PolygonMask mask(shape, surface.bounds);
     OrlPixels::SolidRaster ink(color);
@@ -69,8 +65,8 @@ SliderView::SliderView(const ViewBuild& build, bool arc) : View(build), arc_(arc
     capHeight_ = number(k, "capHeight", capHeight_);
     capScale_ = number(k, "capScale", capScale_);
     if (k.has("capColor")) capColor_ = readColor(k.get("capColor"));
-    capImage_ = optionalImage(k, "capImage");
-    snapImage_ = optionalImage(k, "snapImage");
+    capImage_ = readImageIfGiven(k, "capImage");
+    snapImage_ = readImageIfGiven(k, "snapImage");
 }
 
 double SliderView::value() const {

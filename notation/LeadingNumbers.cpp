@@ -98,6 +98,8 @@ IntegerPrefix integerPrefix(std::string_view text) {
 
 }  // namespace
 
+std::size_t decimalLiteralLength(std::string_view text, std::size_t pos) { return mantissaAndExponent(text, pos, false); }
+
 LeadingNumber leadingDouble(std::string_view text) {
     std::size_t p = 0;
     while (p < text.size() && isCSpace(text[p])) ++p;

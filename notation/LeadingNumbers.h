@@ -19,6 +19,11 @@ struct LeadingNumber {
 // then a decimal or "0x" hexadecimal number, "inf", "infinity" or "nan".
 LeadingNumber leadingDouble(std::string_view text);
 
+// The length of the decimal number at text[pos]: digits, an optional
+// fraction, an optional exponent with at least one digit; no sign. Zero
+// when the mantissa has no digit.
+std::size_t decimalLiteralLength(std::string_view text, std::size_t pos);
+
 // strtol with base 0 and a 32-bit long: decimal, "0x" hexadecimal, a leading
 // 0 means octal; out-of-range values saturate. Empty when no digit is read.
 std::optional<int32_t> leadingLong(std::string_view text);

@@ -22,29 +22,6 @@ bool isSymbolByte(char c) {
     return isDigit(c) || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_' || c == '$';
 }
 
-// Length of the decimal floating-point prefix at text[pos]: digits, an
-// optional fraction, an optional exponent with at least one digit. Zero when
-// there is no digit in the mantissa.
-std::size_t decimalPrefix(std::string_view text, std::size_t pos) {
-    std::size_t p = pos;
-    std::size_t digits = 0;
-    while (p < text.size() && isDigit(text[p])) ++p, ++digits;
-    if (p < text.size() && text[p] == '.') {
-        ++p;
-        while (p < text.size() && isDigit(text[p])) ++p, ++digits;
-    }
-    if (digits == 0) return 0;
-    if (p < text.size() && (text[p] == 'e' || text[p] == 'E')) {
-        std::size_t q = p + 1;
-        if (q < text.size() && (text[q] == '+' || text[q] == '-')) ++q;
-        if (q < text.size() && isDigit(text[q])) {
-            while (q < text.size() && isDigit(text[q])) ++q;
-            p = q;
-        }
-    }
-    return p - pos;
-}
-
 // A decimal literal as a double.
 double decimalValue(std::string_view literal) { return leadingDouble(literal).value; }
 
@@ -136,7 +113,7 @@ private:
             evaluate(3);
             result_ = A::neg(result_);
         } else if (isDigit(c) || c == '.') {
-            std::size_t n = decimalPrefix(text_, pos_);
+            std::size_t n = decimalLiteralLength(text_, pos_);
             if (n == 0) throw Exception("Invalid number: " + notation::escape(text_));
             result_ = A::literal(text_.substr(pos_, n));
             pos_ += n;
