@@ -28,15 +28,11 @@ constexpr int BUTTON_GAP = 8;
 constexpr int LINE_GAP = 2;
 
 constexpr OrlPixels::Pixel DIMMING = 0x70000000u;
-constexpr OrlPixels::Pixel BOX_COLOR = 0xFFF2F1ECu;
-constexpr OrlPixels::Pixel EDGE_COLOR = 0xFF6E6A60u;
+constexpr OrlPixels::Pixel BOX_COLOR = DIALOG_FACE;
+constexpr OrlPixels::Pixel EDGE_COLOR = DIALOG_EDGE;
 constexpr OrlPixels::Pixel BUTTON_COLOR = 0xFFE2DFD6u;
 constexpr OrlPixels::Pixel PRESSED_COLOR = 0xFFC4C0B4u;
-constexpr OrlPixels::Pixel INK = 0xFF1E1E1Eu;
-
-Object noKeys() { return Object(); }
-
-RectF rectOf(const OrlPixels::IntRect& r) { return RectF{float(r.left), float(r.top), float(r.width), float(r.height)}; }
+constexpr OrlPixels::Pixel INK = DIALOG_INK;
 
 void frameBox(OrlPixels::Surface& surface, const OrlPixels::IntRect& r, OrlPixels::Pixel color) {
     OrlPixels::Pen pen;
@@ -82,7 +78,7 @@ std::vector<std::string> wrapText(const OrlPixels::Font& font, std::string_view 
 }
 
 AlertBox::AlertBox(EditorCore& editor, View* target, const AlertRequest& alert, std::string shownText)
-    : View(ViewBuild{noKeys(), RectF{0, 0, float(EditorCore::WIDTH), float(EditorCore::HEIGHT)}, editor}),
+    : View(ViewBuild{Object(), RectF{0, 0, float(EditorCore::WIDTH), float(EditorCore::HEIGHT)}, editor}),
       core_(editor),
       target_(target),
       targetLife_(target != nullptr ? target->lifeToken() : std::weak_ptr<const char>()),

@@ -7,6 +7,7 @@
 #include "fomal/NotationNames.h"
 #include "pixels/Font.h"
 #include "pixels/Image.h"
+#include "pixels/IntRect.h"
 #include "pixels/Pixel.h"
 #include "pixels/Surface.h"
 
@@ -15,6 +16,14 @@ namespace Fomal {
 // Fills a rectangle (panel coordinates, fractions antialiased) with a
 // premultiplied colour in the given compositing mode.
 void fillBox(OrlPixels::Surface& surface, const RectF& box, OrlPixels::Pixel color, int mode = 0);
+
+// A pixel rectangle as the drawing steps take it.
+inline RectF rectOf(const OrlPixels::IntRect& r) { return RectF{float(r.left), float(r.top), float(r.width), float(r.height)}; }
+
+// The colours of the boxes the panel draws for alerts and menus.
+constexpr OrlPixels::Pixel DIALOG_FACE = 0xFFF2F1ECu;
+constexpr OrlPixels::Pixel DIALOG_EDGE = 0xFF6E6A60u;
+constexpr OrlPixels::Pixel DIALOG_INK = 0xFF1E1E1Eu;
 
 // An image drawn with its centre at (cx, cy), scaled by `scale` (a plain
 // image is sampled through the scaling; another is drawn at its size).

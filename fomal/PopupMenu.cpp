@@ -17,16 +17,12 @@ constexpr int MARK_WIDTH = 18;    // room for the check mark
 constexpr int ARROW_WIDTH = 18;   // room for a submenu's arrow
 constexpr int MIN_WIDTH = 90;
 
-constexpr OrlPixels::Pixel MENU_COLOR = 0xFFF2F1ECu;
-constexpr OrlPixels::Pixel EDGE_COLOR = 0xFF6E6A60u;
+constexpr OrlPixels::Pixel MENU_COLOR = DIALOG_FACE;
+constexpr OrlPixels::Pixel EDGE_COLOR = DIALOG_EDGE;
 constexpr OrlPixels::Pixel SELECTED_COLOR = 0xFF3C6E8Cu;
-constexpr OrlPixels::Pixel INK = 0xFF1E1E1Eu;
+constexpr OrlPixels::Pixel INK = DIALOG_INK;
 constexpr OrlPixels::Pixel GREY_INK = 0xFF9A968Cu;
 constexpr OrlPixels::Pixel SELECTED_INK = 0xFFFFFFFFu;
-
-Object noKeys() { return Object(); }
-
-RectF rectOf(const OrlPixels::IntRect& r) { return RectF{float(r.left), float(r.top), float(r.width), float(r.height)}; }
 
 }  // namespace
 
@@ -46,7 +42,7 @@ std::string menuTitle(std::string_view title) {
 }
 
 PopupMenu::PopupMenu(EditorCore& editor, View& target, std::vector<PopupItem> items, float x, float y)
-    : View(ViewBuild{noKeys(), RectF{0, 0, float(EditorCore::WIDTH), float(EditorCore::HEIGHT)}, editor}),
+    : View(ViewBuild{Object(), RectF{0, 0, float(EditorCore::WIDTH), float(EditorCore::HEIGHT)}, editor}),
       core_(editor),
       target_(&target),
       targetLife_(target.lifeToken()),
