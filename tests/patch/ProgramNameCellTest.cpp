@@ -49,16 +49,19 @@ TEST(ProgramNameCell, ReadersNeverSeeAHalfWrittenName) {
     std::vector<std::thread> readers;
     for (int r = 0; r < 2; ++r) {
         readers.emplace_back([&] {
-            while (!done.load()) {
+            do {
                 if (!isWholeName(program.getName())) torn.fetch_add(1);
                 // A copy takes the name through the same cell.
                 NorvelleProgram copy(program);
                 if (!isWholeName(copy.getName())) torn.fetch_add(1);
                 reads.fetch_add(1);
-            }
+            } while (!done.load());
         });
     }
     std::thread writer([&] {
+        // The writes start once a reader is reading: on a busy machine the
+        // readers may otherwise be scheduled only after the last write.
+        while (reads.load() == 0) std::this_thread::yield();
         for (int i = 1; i <= 20000; ++i) program.setName(nameFor(i));
         done.store(true);
     });
