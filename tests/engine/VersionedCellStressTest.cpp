@@ -34,7 +34,7 @@ TEST(VersionedCellStress, ReadersSeeWholeRecordsWhileWritersPublish) {
     for (int t = 0; t < 3; ++t) {
         readers.emplace_back([&] {
             uint64_t last = 0;
-            while (!stop.load()) {
+            do {
                 Pair* p = cell.acquire();
                 const uint64_t a = p->a;
                 bool ok = p->b == ~a;
@@ -47,10 +47,13 @@ TEST(VersionedCellStress, ReadersSeeWholeRecordsWhileWritersPublish) {
                 if (a < last) ++torn;
                 last = a;
                 ++reads;
-            }
+            } while (!stop.load());
         });
     }
     std::thread writer([&] {
+        // The writes start once a reader is reading: on a busy machine the
+        // readers may otherwise be scheduled only after the last write.
+        while (reads.load() == 0) std::this_thread::yield();
         for (uint64_t k = 1; k <= 20000; ++k) {
             Pair p;
             p.a = k;
