@@ -10,6 +10,7 @@
 #include "cli/RecordJson.h"
 #include "cli/RecordOptions.h"
 #include "fomal/EditorCore.h"
+#include "fomal/ScriptRandom.h"
 #include "fomal/LayoutView.h"
 #include "fomal/MessageCatalogue.h"
 #include "fomal/View.h"
@@ -19,6 +20,7 @@
 #include "platform/Exceptions.h"
 #include "plugin/PluginCore.h"
 #include "plugin/PluginEditorHost.h"
+#include "views/ApplicationScripts.h"
 #include "views/LivingViews.h"
 
 namespace cli {
@@ -98,6 +100,8 @@ public:
           host_(*plugin_, undoLimit_, [](std::string_view label) { return Fomal::MessageCatalogue::product().lookup(label); }),
           editor_(host_, clock_) {
         plugin_->fixNoiseSeed(1);
+        // Random names and seeds come out the same on every run.
+        Fomal::ScriptRandom::process() = Fomal::ScriptRandom(0x5EED0001u, 0x5EED0002u);
         plugin_->setSampleRate(float(RATE));
         plugin_->setBlockSize(BLOCK);
         // The slots hold the factory patches, as in a new instance, with
@@ -113,6 +117,7 @@ public:
 
     Fomal::EditorCore& editor() { return editor_; }
     PluginCore& plugin() { return *plugin_; }
+    PluginEditorHost& host() { return host_; }
 
     void run(const PanelEvent& e) {
         using Kind = PanelEvent::Kind;
@@ -234,16 +239,13 @@ int runPanel(const std::vector<std::string>& args) {
     views::registerLivingViews();
     PanelSession session(program);
     Fomal::EditorCore& editor = session.editor();
-    try {
-        if (options.has("layout-file"))
-            editor.openLayoutText(readFile(options.value("layout-file"), "layout"));
-        else
-            editor.openLayout(options.has("layout") ? options.value("layout") : "main");
-    } catch (const std::exception& e) {
-        // The editor cannot open: the alert it would show, and nothing drawn.
-        std::fprintf(stderr, "alert: Tendrane: Error: %s\n", e.what());
-        return 1;
-    }
+    // The editor opens as in a host; when it cannot, the alert it shows
+    // went to the error output, and the panel stays empty.
+    const Fomal::ScriptSetup scripts = views::applicationScripts(session.host(), editor);
+    const bool opened = options.has("layout-file")
+                            ? editor.openText(scripts, readFile(options.value("layout-file"), "layout"))
+                            : editor.open(scripts, options.has("layout") ? options.value("layout") : "main");
+    if (!opened) return 1;
     for (const PanelEvent& e : events) session.run(e);
 
     editor.paint();

@@ -72,16 +72,29 @@ void ButtonView::setPressed(bool pressed) {
     invalidate();
 }
 
+// A grey button does not press and its main action does not run; the
+// actions of its other clicks still do (the seed sounds and auditions a
+// random seed while it cannot be planted).
+std::vector<ClickAction> ButtonView::liveActions() const {
+    if (enabled_) return actions_;
+    std::vector<ClickAction> live;
+    const ClickAction* main = mainAction();
+    for (const ClickAction& a : actions_)
+        if (&a != main) live.push_back(a);
+    return live;
+}
+
 bool ButtonView::mouseDown(const MouseEvent& e) {
-    if (!enabled_) return false;
+    const std::vector<ClickAction> live = liveActions();
+    if (!enabled_ && live.empty()) return false;
     tracking_ = true;
-    setPressed(true);
-    performClickActions(*this, actions_, pressBits(e));
+    if (enabled_) setPressed(true);
+    performClickActions(*this, live, pressBits(e));
     return !retired();
 }
 
 void ButtonView::mouseMove(const MouseEvent& e) {
-    if (tracking_) setPressed(hitsAt(e.x, e.y));
+    if (tracking_ && enabled_) setPressed(hitsAt(e.x, e.y));
 }
 
 void ButtonView::mouseUp(const MouseEvent& e) {
@@ -89,7 +102,7 @@ void ButtonView::mouseUp(const MouseEvent& e) {
     tracking_ = false;
     const bool inside = hitsAt(e.x, e.y);
     setPressed(false);
-    performClickActions(*this, actions_, releaseBits(e, inside));
+    performClickActions(*this, liveActions(), releaseBits(e, inside));
 }
 
 void ButtonView::draw(OrlPixels::Surface& surface, const OrlPixels::IntRect&) {

@@ -39,6 +39,7 @@ private:
     // The action that decides the enabled and checked states: the click
     // entry, else the first.
     const ClickAction* mainAction() const;
+    std::vector<ClickAction> liveActions() const;
     void setPressed(bool pressed);
 
     bool switch_;

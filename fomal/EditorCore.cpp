@@ -51,6 +51,47 @@ void EditorCore::guarded(F&& work) {
     buryRetired();
 }
 
+bool EditorCore::open(const ScriptSetup& setup, std::string_view layout) {
+    return opening(setup, [&] { openLayout(layout); });
+}
+
+bool EditorCore::openText(const ScriptSetup& setup, std::string_view layoutText) {
+    return opening(setup, [&] { openLayoutText(layoutText); });
+}
+
+template <typename F>
+bool EditorCore::opening(const ScriptSetup& setup, F&& buildTree) {
+    try {
+        constants_ = readEditorConstants();
+        if (!scripts_.started()) scripts_.start(setup);
+        hint_ = HintWindow(constants_.hintWindow);
+        buildTree();
+        followSuspension();
+        return true;
+    } catch (...) {
+        invalidate(surface_.bounds);
+        reportFailure(std::current_exception());
+        return false;
+    }
+}
+
+void EditorCore::close() {
+    closeMenus();
+    if (root_) guarded([&] { root_->fireTrigger("closing"); });
+}
+
+void EditorCore::followSuspension() {
+    if (!root_ || host_.suspended() == suspended_) return;
+    suspended_ = !suspended_;
+    guarded([&] {
+        if (suspended_)
+            dispatcher_.perform(*root_, "openView", "\"suspend\"", false);
+        else
+            dispatcher_.perform(*root_, "closeView", "{ label: \"suspend\" }", false);
+        root_->fireTrigger(suspended_ ? "suspended" : "resumed");
+    });
+}
+
 void EditorCore::refreshStates() {
     hostRevision_ = host_.revision();
     struct Walk {
@@ -190,6 +231,7 @@ bool EditorCore::keyDown(const KeyEvent& e) {
 
 void EditorCore::idle() {
     if (host_.revision() != hostRevision_) guarded([] {});
+    followSuspension();
     const std::int64_t t = now();
     if (t < wake_) return;
     wake_ = INT64_MAX;
@@ -288,7 +330,17 @@ void EditorCore::presentAlert(View* target, const AlertRequest& alert) {
     openOverlay(std::make_unique<AlertBox>(*this, target, alert, text));
 }
 
-void EditorCore::showPopup(View& target, const PopupRequest& popup) {
+void EditorCore::substituteTitles(std::vector<PopupItem>& items) {
+    for (PopupItem& item : items) {
+        if (!item.separator()) item.title = substituteText(item.title, *this);
+        substituteTitles(item.items);
+    }
+}
+
+void EditorCore::showPopup(View& target, const PopupRequest& request) {
+    // Menu titles are shown texts like any other: "&Undo^U" names the step.
+    PopupRequest popup = request;
+    substituteTitles(popup.items);
     closeMenus();
     if (native_ != nullptr) {
         invalidate(hint_.hide());

@@ -13,6 +13,7 @@
 
 #include "fomal/ActionDispatcher.h"
 #include "fomal/Clock.h"
+#include "fomal/EditorConstants.h"
 #include "fomal/EditorHost.h"
 #include "fomal/EditorScripts.h"
 #include "fomal/EditorServices.h"
@@ -33,6 +34,19 @@ public:
     EditorCore(EditorHost& host, const Clock& clock, const HintWindowStyle& hintStyle = HintWindowStyle());
     ~EditorCore() override;
 
+    // Opens the editor as a host's window does: reads the constants, starts
+    // the scripts (the shared root with the first editor), builds the hint
+    // window, then the view tree of the layout, and fires "opened". A
+    // failure ends the opening with its alert over an empty panel; the
+    // answer is false then.
+    bool open(const ScriptSetup& setup, std::string_view layout = "main");
+    // The same with the layout given as text.
+    bool openText(const ScriptSetup& setup, std::string_view layoutText);
+    // Tells the views that the editor closes. The tree and the editor's
+    // frame go with the editor.
+    void close();
+    const EditorConstants& constants() const { return constants_; }
+
     // Builds the view tree of a layout text over the whole panel and fires
     // "opened" in its root. On failure the exception travels on and the
     // tree stays as it was.
@@ -51,7 +65,9 @@ public:
     bool keyDown(const KeyEvent& e);
 
     // Runs what is due by the clock: delayed actions, animations, view
-    // timers and the hint. Cheap when nothing is due.
+    // timers and the hint, and follows the host's changes (a suspended
+    // plug-in shows the layout "suspend" over the panel). Cheap when
+    // nothing is due.
     void idle();
     // When `idle` next has work, INT64_MAX for never.
     std::int64_t nextWake() const { return wake_; }
@@ -67,6 +83,8 @@ public:
     // (the headless panel's `choose`): picks the button or the entry with
     // that title. False when there is none.
     bool choose(std::string_view title);
+    // The user is in the middle of something: a drag, an open menu or alert.
+    bool userBusy() const { return captured_ != nullptr || !overlay_.empty(); }
     bool dialogOpen() const { return !overlay_.empty(); }
     // The platform's own alerts and menus instead of the drawn ones; null
     // for the drawn ones. The dialogs outlive the editor or are reset first.
@@ -104,18 +122,24 @@ private:
     void showPopup(View& target, const PopupRequest& popup) override;
 
     void presentAlert(View* target, const AlertRequest& alert);
+    void substituteTitles(std::vector<PopupItem>& items);
+    template <typename F>
+    bool opening(const ScriptSetup& setup, F&& buildTree);
     // Runs an event's work; a failure that comes up to here is shown.
     template <typename F>
     void guarded(F&& work);
     void buryRetired();
     // Brings the enabled, checked and shown values of every view up to date.
     void refreshStates();
+    // Shows or hides the suspended state when the host's changed.
+    void followSuspension();
     void updateHover(int x, int y);
     std::string hintAt(int x, int y);
     View* topOverlay() const { return overlay_.empty() ? nullptr : overlay_.back().get(); }
 
     EditorHost& host_;
     const Clock& clock_;
+    EditorConstants constants_;
     EditorScripts scripts_;
     ActionDispatcher dispatcher_;
     std::vector<OrlPixels::Pixel> pixels_;
@@ -135,6 +159,7 @@ private:
     int mouseX_ = -1, mouseY_ = -1;
     std::int64_t hintDue_ = INT64_MAX;
     Cursor cursor_ = Cursor::arrow;
+    bool suspended_ = false;
 };
 
 }  // namespace Fomal

@@ -58,6 +58,8 @@ public:
     // changed outside it (automation, a program change, undo): the editor
     // polls it at every idle tick and brings its states up to date.
     virtual std::uint64_t revision() = 0;
+    // The host has suspended the plug-in: no sound is made.
+    virtual bool suspended() const { return false; }
 
     // The patch and file operations of the actions; each may refuse with
     // an exception that the action reports.

@@ -1,5 +1,6 @@
 #include "fomal/EditorScripts.h"
 
+#include "fomal/HostNatives.h"
 #include "fomal/View.h"
 #include "quol/Classification.h"
 #include "quol/Evaluator.h"
@@ -62,16 +63,44 @@ private:
 
 }  // namespace
 
-EditorScripts::EditorScripts() : root_(std::make_unique<Quol::Frame>()) {
-    Quol::prepareStandardRoot(*root_);
-    root_->addNative("perform", std::make_unique<PerformNative>(*this));
-    root_->addNative("canPerform", std::make_unique<CanPerformNative>(*this));
-    gui_ = std::make_unique<Quol::Frame>(*root_);
-}
+EditorScripts::EditorScripts() = default;
 
 EditorScripts::~EditorScripts() {
+    // The editor's frame goes first; the shared root with the last editor.
     gui_.reset();
     root_.reset();
+}
+
+void EditorScripts::start(const ScriptSetup& setup) {
+    std::shared_ptr<Quol::Frame> root = SharedScriptRoot::acquire([&](Quol::Frame& r) {
+        Quol::installStandardNatives(r);
+        installHostNatives(r);
+        if (setup.sharedNatives) setup.sharedNatives(r);
+        if (setup.startScript.empty())
+            Quol::loadStandardLibrary(r);
+        else
+            Quol::evaluate(r, Quol::Value::external(scriptResource(setup.startScript)));
+    });
+    auto gui = std::make_unique<GuiFrame>(root);
+    gui->addNative("perform", std::make_unique<PerformNative>(*this));
+    gui->addNative("canPerform", std::make_unique<CanPerformNative>(*this));
+    if (setup.guiNatives) setup.guiNatives(*gui);
+    root_ = std::move(root);
+    gui_ = std::move(gui);
+    if (!setup.guiScript.empty()) {
+        try {
+            Quol::evaluate(*gui_, Quol::Value::external(scriptResource(setup.guiScript)));
+        } catch (...) {
+            gui_.reset();
+            root_.reset();
+            throw;
+        }
+    }
+}
+
+GuiFrame& EditorScripts::frame() {
+    if (!gui_) start(ScriptSetup());
+    return *gui_;
 }
 
 void EditorScripts::attach(ActionDispatcher& dispatcher, View& rootView) {
@@ -83,18 +112,18 @@ View& EditorScripts::currentView() { return running_.empty() ? *rootView_ : *run
 
 std::string EditorScripts::evaluate(View& view, std::string_view text) {
     Running running(*this, view);
-    return Quol::evaluate(*gui_, Quol::Value(text)).str();
+    return Quol::evaluate(frame(), Quol::Value(text)).str();
 }
 
 std::string EditorScripts::runBody(View& target, std::string_view body, std::string_view params) {
     Running running(*this, target);
     const Quol::Value arg(params);
-    return Quol::callWith(*gui_, Quol::Value(body), &arg, 1).str();
+    return Quol::callWith(frame(), Quol::Value(body), &arg, 1).str();
 }
 
 std::string EditorScripts::callFunction(View& target, std::string_view name, std::string_view params) {
     Running running(*this, target);
-    const Quol::Value function = gui_->get(Quol::Value(name), true);
+    const Quol::Value function = frame().get(Quol::Value(name), true);
     const Quol::Value arg(params);
     return Quol::callWith(*gui_, function, &arg, 1).str();
 }
@@ -104,7 +133,7 @@ std::optional<bool> EditorScripts::askMember(View& target, std::string_view name
     const Quol::Value memberName = Quol::memberName(Quol::Value(name), member);
     Quol::Value function;
     try {
-        function = gui_->get(memberName, true);
+        function = frame().get(memberName, true);
     } catch (const Quol::Exception&) {
         return std::nullopt;  // no such member: the default answer
     }

@@ -118,6 +118,31 @@ std::uint64_t PluginEditorHost::revision() {
     return revision_;
 }
 
+bool PluginEditorHost::suspended() const { return !plugin_.resumed(); }
+
+void PluginEditorHost::setParameter(int index, float value) {
+    plugin_.setParameterAutomated(index, std::fmin(std::fmax(value, 0.0f), 1.0f));
+    ++revision_;
+}
+
+float PluginEditorHost::parameter(int index) const { return plugin_.getParameter(index); }
+
+void PluginEditorHost::preview(const NorvelleProgram* record) {
+    if (record != nullptr) {
+        plugin_.previewSlot().publish(*record);
+        plugin_.setPreviewing(true);
+    } else {
+        plugin_.setPreviewing(false);
+    }
+    ++revision_;
+}
+
+void PluginEditorHost::selectBranch(int branch) {
+    if (branch == selectedBranch_) return;
+    selectedBranch_ = branch;
+    ++revision_;
+}
+
 NorvelleProgram PluginEditorHost::currentProgram() const { return plugin_.currentProgramRecord(); }
 
 void PluginEditorHost::setCurrentProgram(const NorvelleProgram& record) {

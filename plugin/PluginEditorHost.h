@@ -9,10 +9,11 @@
 
 #include "fomal/EditorHost.h"
 #include "patch/UndoHistory.h"
+#include "views/ProgramHost.h"
 
 class PluginCore;
 
-class PluginEditorHost : public Fomal::EditorHost, private UndoHost {
+class PluginEditorHost : public Fomal::EditorHost, public views::ProgramHost, private UndoHost {
 public:
     // limit is the script constant undoHistory; translate the catalogue.
     PluginEditorHost(PluginCore& plugin, const int& undoLimit, UndoHistory::Translator translate = {});
@@ -46,6 +47,18 @@ public:
     // by MIDI starts a new history, for the history is of the program shown.
     std::uint64_t revision() override;
 
+    bool suspended() const override;
+
+    // The patch for the scripts.
+    NorvelleProgram program() const override { return currentProgram(); }
+    void writeProgram(const NorvelleProgram& record) override { setCurrentProgram(record); }
+    void saveUndo(std::string_view label) override { history_.saveUndo(label); }
+    void setParameter(int index, float value) override;
+    float parameter(int index) const override;
+    void preview(const NorvelleProgram* record) override;
+    int selectedBranch() const override { return selectedBranch_; }
+    void selectBranch(int branch) override;
+
     void openPatch(std::string_view title) override;
     void savePatch(std::string_view title) override;
     bool canStepPatch(int direction) const override;
@@ -71,4 +84,5 @@ private:
     bool editSaved_ = false;
     std::uint64_t revision_ = 0;
     int historyProgram_ = 0;
+    int selectedBranch_ = -1;
 };

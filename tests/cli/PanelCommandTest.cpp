@@ -74,16 +74,27 @@ TEST(PanelCommandTest, ALayoutThatCannotOpenIsReportedAsTheAlertAndFails) {
     const std::string err = testing::internal::GetCapturedStderr();
     std::filesystem::remove(bad);
     EXPECT_EQ(status, 1);
-    EXPECT_NE(err.find("alert: Tendrane: Error: Unknown view type : knob"), std::string::npos);
+    EXPECT_NE(err.find("alert: Tendrane: The operation could not be performed due to the following error:\n"
+                       "Unknown view type : knob."),
+              std::string::npos)
+        << err;
 }
 
-// The main panel's layout is not among the resources yet.
-TEST(PanelCommandTest, WithoutALayoutTheMainPanelIsOpenedAndItsAbsenceReported) {
+TEST(PanelCommandTest, WithoutALayoutTheMainPanelIsOpened) {
+    testing::internal::CaptureStdout();
+    const int status = cli::runPanel({"--tree"});
+    const std::string json = testing::internal::GetCapturedStdout();
+    EXPECT_EQ(status, 0);
+    EXPECT_NE(json.find("\"label\": \"displayLights\""), std::string::npos) << json;
+    EXPECT_NE(json.find("\"label\": \"seed\""), std::string::npos) << json;
+}
+
+TEST(PanelCommandTest, AMissingLayoutIsReportedAsTheAlertAndFails) {
     testing::internal::CaptureStderr();
-    const int status = cli::runPanel({"-o", tempPng("tendrane-panel-main-").string()});
+    const int status = cli::runPanel({"--layout", "nosuch", "-o", tempPng("tendrane-panel-main-").string()});
     const std::string err = testing::internal::GetCapturedStderr();
     EXPECT_EQ(status, 1);
-    EXPECT_NE(err.find("alert: Tendrane: Error: Could not obtain layout : main"), std::string::npos) << err;
+    EXPECT_NE(err.find("Could not obtain layout : nosuch."), std::string::npos) << err;
 }
 
 TEST(PanelCommandTest, ABadEventsLineRunsNothing) {

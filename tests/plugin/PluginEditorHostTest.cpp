@@ -48,6 +48,7 @@ struct Fixture {
     Fixture() {
         hostLog = &log;
         plugin = std::make_unique<PluginCore>(&loggingHost, std::make_unique<BlockTestEngine>());
+        plugin->resume();
         host = std::make_unique<PluginEditorHost>(*plugin, limit);
         editor = std::make_unique<Fomal::EditorCore>(*host, clock);
         editor->openLayoutText(LAYOUT);
