@@ -165,8 +165,12 @@ public:
 
     void writePng(const std::string& path) {
         editor_.paint();
+        // What a window shows: the panel over the window's black, where
+        // the colour bytes of a premultiplied pixel are its colour.
+        std::vector<OrlPixels::Pixel> shown(editor_.pixels());
+        for (OrlPixels::Pixel& p : shown) p |= 0xFF000000u;
         const std::vector<std::uint8_t> png = OrlPixels::encodePng(
-            editor_.pixels().data(), Fomal::EditorCore::WIDTH, Fomal::EditorCore::HEIGHT, Fomal::EditorCore::WIDTH);
+            shown.data(), Fomal::EditorCore::WIDTH, Fomal::EditorCore::HEIGHT, Fomal::EditorCore::WIDTH);
         std::ofstream out(path, std::ios::binary);
         out.write(reinterpret_cast<const char*>(png.data()), std::streamsize(png.size()));
         if (!out || png.empty()) throw Exception("Could not write " + path);

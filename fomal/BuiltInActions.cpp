@@ -153,9 +153,14 @@ std::string hideView(const ActionCall& c) {
     return nothing();
 }
 
+// A trigger for a labelled view goes to it while it is open, and to no
+// one when it is not: the main panel forwards its gestures to a tutorial
+// that may not be there.
 std::string trigger(const ActionCall& c) {
     const Params p(c.params);
-    View& view = labelledOrTarget(c, p.quoted ? std::string() : readString(p.keys.get("label")));
+    const std::string label = p.quoted ? std::string() : readString(p.keys.get("label"));
+    if (!label.empty() && label != "/" && c.target.root()->findView(label) == nullptr) return nothing();
+    View& view = labelledOrTarget(c, label);
     const std::string what = p.text("what");
     if (view.fireTrigger(what)) return nothing();
     const std::string alternatively = p.quoted ? std::string() : readString(p.keys.get("alternatively"));

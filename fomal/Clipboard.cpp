@@ -18,12 +18,14 @@ ProcessClipboard& processClipboard() {
     return clipboard;
 }
 
-Clipboard* platformClipboard = nullptr;
+thread_local Clipboard* platformClipboard = nullptr;
 
 }  // namespace
 
 Clipboard& Clipboard::system() { return platformClipboard != nullptr ? *platformClipboard : processClipboard(); }
 
 void Clipboard::setSystem(Clipboard* clipboard) { platformClipboard = clipboard; }
+
+Clipboard* Clipboard::current() { return platformClipboard; }
 
 }  // namespace Fomal

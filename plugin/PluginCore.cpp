@@ -13,6 +13,7 @@
 #include "plugin/PluginBankSlots.h"
 #include "platform/Exceptions.h"
 #include "plugin/Jingle.h"
+#include "plugin/PluginEditor.h"
 
 namespace {
 
@@ -34,6 +35,7 @@ PluginCore::PluginCore(audioMasterCallback audioMaster, std::unique_ptr<RenderIn
     canProcessReplacing();
     programsAreChunks();
     setInitialDelay(BLOCK);
+    hasEditor(editorWindowsExist());
 
     // The VstEvents header holds numEvents, a reserved word and the pointers.
     const std::size_t headerWords = offsetof(VstEvents, events) / sizeof(VstIntPtr);
@@ -45,6 +47,9 @@ PluginCore::PluginCore(audioMasterCallback audioMaster, std::unique_ptr<RenderIn
 }
 
 PluginCore::~PluginCore() {
+    // An editor the host left open closes with its instance.
+    editorKeyDown = nullptr;
+    editor_.reset();
     // The bank link reads the slots from its timer: it goes first.
     bankLink_.reset();
     bankTimer_.reset();

@@ -24,6 +24,7 @@
 #include "plugin/AudioEffectX.h"
 
 class Jingle;
+class PluginEditor;
 class StartupBankLink;
 class PluginBankSlots;
 namespace OrlThreads {
@@ -84,6 +85,9 @@ public:
     // true when the editor used the key (the host then keeps it from its
     // own shortcuts). Set by the editor while it is open.
     std::function<bool(const Fomal::KeyEvent&)> editorKeyDown;
+
+    // The editor's opcodes: its size, open, close, idle; keys go to it.
+    VstIntPtr editorCall(VstInt32 opcode, void* ptr);
 
     // Names and capabilities.
     VstIntPtr dispatcher(VstInt32 opcode, VstInt32 index, VstIntPtr value, void* ptr, float opt) override;
@@ -212,4 +216,7 @@ private:
     // longer be joined.
     std::unique_ptr<OrlThreads::TimerService> bankTimer_;
     std::unique_ptr<StartupBankLink> bankLink_;
+    // The host's editor while it is open, and the size the host is told.
+    std::unique_ptr<PluginEditor> editor_;
+    ERect editorRect_ = {};
 };

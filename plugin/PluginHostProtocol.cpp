@@ -61,6 +61,11 @@ VstIntPtr PluginCore::dispatcher(VstInt32 opcode, VstInt32 index, VstIntPtr valu
     case effEditKeyUp:
         // The editor acts on presses; a release is the host's.
         return 0;
+    case effEditGetRect:
+    case effEditOpen:
+    case effEditClose:
+    case effEditIdle:
+        return editorCall(opcode, ptr);
     default:
         return AudioEffectX::dispatcher(opcode, index, value, ptr, opt);
     }

@@ -192,6 +192,14 @@ struct VstMidiEvent {
     char reserved2;
 };
 
+// The editor's size, as effEditGetRect hands it to the host.
+struct ERect {
+    std::int16_t top;
+    std::int16_t left;
+    std::int16_t bottom;
+    std::int16_t right;
+};
+
 // A block of events; the array runs on past its declared two entries.
 struct VstEvents {
     VstInt32 numEvents;

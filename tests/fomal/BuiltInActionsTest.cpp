@@ -105,6 +105,10 @@ TEST(BuiltInActionsTest, TriggerRunsTheEntriesOrElseTheAlternative) {
     EXPECT_EQ(e.root().findView("b"), nullptr);
     run(e, "trigger", "\"closefx\"", &e.find("a"));
     EXPECT_EQ(global(e, "::closed"), "fx;fx;");
+    // A view that is not open hears nothing, and nothing fails.
+    EXPECT_EQ(run(e, "trigger", "{ what: \"closefx\", label: \"tutorial\", alternatively: \"closeView\" }"), "");
+    EXPECT_EQ(global(e, "::closed"), "fx;fx;");
+    EXPECT_NE(e.root().findView("a"), nullptr);
 }
 
 TEST(BuiltInActionsTest, DelayedActionsRunWhenDueAndCancelByLabel) {

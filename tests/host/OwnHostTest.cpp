@@ -110,7 +110,7 @@ TEST_F(OwnHost, EffectRecordAsTheHostSeesIt) {
     EXPECT_TRUE(e->flags & effFlagsIsSynth);
     EXPECT_TRUE(e->flags & effFlagsCanReplacing);
     EXPECT_TRUE(e->flags & effFlagsProgramChunks);
-    EXPECT_FALSE(e->flags & effFlagsHasEditor);
+    EXPECT_TRUE(e->flags & effFlagsHasEditor);
     char text[80] = {};
     in->call(effGetProductString, 0, 0, text);
     EXPECT_STREQ(text, "Quillbrook Tendrane VST");

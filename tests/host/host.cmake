@@ -36,3 +36,25 @@ add_test(NAME host_wine_render
                  ${TENDRANE_HOST_DIR}/data/HostCheck.tdrn ${PROJECT_BINARY_DIR}/host-wine)
 set_tests_properties(host_wine_render PROPERTIES LABELS host TIMEOUT 2400
                      ENVIRONMENT "XDG_CONFIG_HOME=${PROJECT_BINARY_DIR}/host-config")
+
+# The editor in a host's window on an X server of its own (Xvfb): opened,
+# clicked and dragged with real X events, compared with the headless panel.
+find_package(X11)
+find_program(TENDRANE_XVFB_RUN xvfb-run)
+if(X11_FOUND AND NOT WIN32)
+  add_executable(plugin_editor_host_tests ${TENDRANE_HOST_DIR}/EditorHostTest.cpp)
+  target_link_libraries(plugin_editor_host_tests PRIVATE tendrane_patch tendrane_pixels tendrane_resources
+                        GTest::gtest_main X11::X11 ${CMAKE_DL_LIBS} Threads::Threads)
+  target_include_directories(plugin_editor_host_tests PRIVATE ${PROJECT_SOURCE_DIR})
+  target_compile_definitions(plugin_editor_host_tests PRIVATE TENDRANE_PLUGIN_BINARY="$<TARGET_FILE:tendrane_vst>"
+                            TENDRANE_PROGRAM="$<TARGET_FILE:tendrane>" TENDRANE_BINARY_DIR="${PROJECT_BINARY_DIR}")
+  add_dependencies(plugin_editor_host_tests tendrane_vst tendrane)
+  if(TENDRANE_XVFB_RUN)
+    add_test(NAME host_editor_x11
+             COMMAND ${TENDRANE_XVFB_RUN} -a -s "-screen 0 1280x1024x24" $<TARGET_FILE:plugin_editor_host_tests>)
+  else()
+    # Without Xvfb the test cannot run, and says so rather than pass.
+    add_test(NAME host_editor_x11 COMMAND sh -c "echo 'xvfb-run is missing: tools/setup-debian.sh host' >&2; exit 1")
+  endif()
+  set_tests_properties(host_editor_x11 PROPERTIES LABELS host TIMEOUT 300)
+endif()
