@@ -4,9 +4,13 @@
 // the time per frame and the lines and points of the frame.
 #include <benchmark/benchmark.h>
 
+#include <vector>
+
 #include "patch/NorvelleProgram.h"
+#include "pixels/Surface.h"
 #include "views/PlantGeometry.h"
 #include "views/PlantMainPanel.h"
+#include "views/PlantPainter.h"
 #include "views/PlantRenderer.h"
 
 namespace {
@@ -49,5 +53,26 @@ BENCHMARK(BM_PlantFrameFullyGrownSwaying);
 
 void BM_PlantFrameHalfGrown(benchmark::State& state) { growFrames(state, 0.5f, false); }
 BENCHMARK(BM_PlantFrameHalfGrown);
+
+// The same frame painted: geometry and every piece drawn into the panel.
+void BM_PlantFrameGrownAndPainted(benchmark::State& state) {
+    const views::MainPanelPlant& panel = views::mainPanelPlant();
+    NorvelleProgram record;
+    record.seed = 0x5EA5C0A5u;
+    for (int i = 0; i < BRANCH_COUNT; ++i) record.setParam(Param::Branch1 + i, 1.0f);
+    views::PlantRenderer renderer(panel.settings);
+    const views::PlantFrame frame = views::restingPlantFrame(record, panel.bounds, panel.shape, renderer);
+    const views::PlantCoverageTable table(panel.settings.gamma);
+    std::vector<OrlPixels::Pixel> block(384 * 512, 0xFF000000u);
+    OrlPixels::Surface surface(block.data(), 384, OrlPixels::IntRect(0, 0, 384, 512), true);
+    views::PlantGeometry geometry;
+    for (auto _ : state) {
+        renderer.growBranches(geometry, frame, panel.shape);
+        views::paintPlant(surface, geometry, table);
+        benchmark::DoNotOptimize(block.data());
+    }
+    state.SetLabel("ns per frame: geometry and painting");
+}
+BENCHMARK(BM_PlantFrameGrownAndPainted);
 
 }  // namespace

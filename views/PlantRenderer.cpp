@@ -80,6 +80,7 @@ float plantTwist(float minTwist, float maxTwist, float atonality) {
 void PlantRenderer::growBranches(PlantGeometry& canvas, const PlantFrame& frame, const PlantShapeSettings& shape) {
     canvas.clear();
     stepsLeft_ = FRAME_STEP_BUDGET;
+    depth_ = 0;
     const PlantSettings& s = settings;
     const float core = static_cast<float>(s.coreSize) * s.plantZoom;
     const float d3 = frame.decay * frame.decay * frame.decay;
@@ -107,6 +108,7 @@ void PlantRenderer::growLine(PlantGeometry& canvas, int branch, std::uint32_t li
                              float rotation, float length, float hue, float alpha, std::uint32_t swaySeed,
                              float swayPhase, float swayAmount, float drop, int generation, float twist) {
     stepsLeft_ = FRAME_STEP_BUDGET;
+    depth_ = 0;
     branch_ = branch;
     grow(canvas, lineSeed, position, rotation, length, hue, alpha, swaySeed, swayPhase, swayAmount, drop, generation,
          twist);
@@ -121,7 +123,9 @@ void PlantRenderer::grow(PlantGeometry& canvas, std::uint32_t lineSeed, const Pl
     const float stepShrink = s.twigSegmentSize / length;
     PlantRandom R = PlantRandom::fromSeed(lineSeed);
     PlantRandom S = PlantRandom::fromSeed(swaySeed);
-    PlantPoint points[MAX_POINTS];
+    // Each depth of twigs has its own slice of the scratch points: a line's
+    // points stay while its twigs grow.
+    PlantPoint* points = scratch_.data() + std::size_t(depth_) * MAX_POINTS;
     int count = 0;
     const float startAlpha = alpha;
 
@@ -130,7 +134,8 @@ void PlantRenderer::grow(PlantGeometry& canvas, std::uint32_t lineSeed, const Pl
     float h = R.normal() * s.hueVariation + hue;
     h = h - std::floor(h);
 
-    const bool mayFork = generation < s.twigMaxGenerations && generation < MAX_TWIG_GENERATION;
+    const bool mayFork =
+        generation < s.twigMaxGenerations && generation < MAX_TWIG_GENERATION && depth_ < MAX_TWIG_GENERATION;
     float angleStep = 0.0f;
     for (int i = 0;; ++i) {
         // Segments taper linearly to 0 over `length` steps.
@@ -181,8 +186,10 @@ void PlantRenderer::grow(PlantGeometry& canvas, std::uint32_t lineSeed, const Pl
             const std::uint32_t childSeed = R.a;
             S.step();
             const std::uint32_t childSwaySeed = S.a;
+            ++depth_;
             grow(canvas, childSeed, at, childRotation, (r / s.twigSegmentSize) * length * scale, h,
                  alpha * s.twigAlpha, childSwaySeed, swayPhase, swayAmount, drop, generation + 1, twigTwist);
+            --depth_;
         }
         alpha *= s.alphaDrop;
         if (r <= s.twigThreshold || alpha <= 0.05f) break;
@@ -213,10 +220,11 @@ void PlantRenderer::addLine(PlantGeometry& canvas, const PlantPoint* points, int
         float next = a * s.alphaDrop;
         int e = k + 2;
         for (; e < count; ++e) {
+            // Either test ends the piece; the cheap one goes first.
+            if (a - next > 0.1f) break;
             double sum = 0.0;
             for (int j = k + 1; j < e; ++j) sum += squaredDistanceToSegment(points[j], points[k], points[e]);
             if (sum >= 0.5) break;
-            if (a - next > 0.1f) break;
             next *= s.alphaDrop;
         }
         const int last = e - 1;

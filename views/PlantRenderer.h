@@ -12,6 +12,7 @@
 #pragma once
 
 #include <cstdint>
+#include <vector>
 
 #include "patch/NorvelleProgram.h"
 #include "pixels/IntRect.h"
@@ -81,7 +82,10 @@ private:
                  int generation) const;
 
     int branch_ = 0;
+    int depth_ = 0;  // lines being grown, the branch and its twigs
     long stepsLeft_ = FRAME_STEP_BUDGET;
+    // The points of the lines being grown, 64 for each depth of twigs.
+    std::vector<PlantPoint> scratch_ = std::vector<PlantPoint>(std::size_t(MAX_TWIG_GENERATION + 1) * MAX_POINTS);
 };
 
 // The colour of a line of hue h (0 to 1) at the given saturation and value

@@ -542,6 +542,23 @@ TEST(PlantGrowth, AStraightLineWithSteadyAlphaIsOnePiece) {
     EXPECT_EQ(pieces[0].byte, 95);  // trunc(0.75 * 0.5 * 255.99998) = trunc(95.99999)
 }
 
+TEST(PlantGrowth, ADropLeansEveryLineTowardsTheBottom) {
+    // Lines pointing left, right and up (rotation 0, pi and pi / 2 grow along
+    // -u: right, left and up on the screen) all end lower with a drop.
+    PlantSettings s;
+    s.twigMaxGenerations = 0;
+    PlantRenderer renderer(s);
+    for (const float rotation : {0.0f, 3.1415927f, 1.5707964f}) {
+        SCOPED_TRACE(rotation);
+        PlantGeometry standing, drooping;
+        renderer.growLine(standing, 0, 21u, {0.0, 0.0}, rotation, 30.0f, 0.3f, 1.0f, 22u, 0.0f, 0.0f, 0.0f, 0, 0.0f);
+        renderer.growLine(drooping, 0, 21u, {0.0, 0.0}, rotation, 30.0f, 0.3f, 1.0f, 22u, 0.0f, 0.0f, 5.0f, 0, 0.0f);
+        ASSERT_EQ(standing.lines().size(), 1u);
+        ASSERT_EQ(drooping.lines().size(), 1u);
+        EXPECT_GT(drooping.points(drooping.lines()[0]).back().y, standing.points(standing.lines()[0]).back().y + 5.0);
+    }
+}
+
 TEST(PlantGrowth, SquaredDistanceToASegment) {
     const PlantPoint a{0, 0}, b{4, 0};
     EXPECT_EQ(views::squaredDistanceToSegment({2, 3}, a, b), 9.0);   // over the segment: to the line
