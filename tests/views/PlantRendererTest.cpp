@@ -301,6 +301,28 @@ TEST(PlantDerived, ALongLineStopsAt64Points) {
     EXPECT_EQ(g.lines()[0].pointCount, 64u);
 }
 
+TEST(PlantDerived, ABendOfMoreThanATurnIsWrappedOnceAStep) {
+    PlantSettings s;
+    s.twigMaxGenerations = 0;
+    s.hueVariation = 0.0f;
+    PlantRenderer renderer(s);
+    renderer.rotationOffset = 500.0f;
+    PlantGeometry g;
+    renderer.growLine(g, 1, 4321u, {0.0, 0.0}, 0.25f, 12.0f, 0.3f, 1.0f, 4322u, 0.0f, 0.0f, 0.0f, 0, 2.0f);
+    expectSameLines(g, derivedCase("spinning"));
+}
+
+TEST(PlantDerived, ATwigScaleAboveOneWithoutDistributionIsKept) {
+    PlantSettings s;
+    s.twigMaxGenerations = 1;
+    s.twigScale = 1.5f;
+    s.alphaDrop = 0.9f;
+    PlantRenderer renderer(s);
+    PlantGeometry g;
+    renderer.growLine(g, 4, 999u, {10.0, 20.0}, 3.0f, 6.0f, 0.7f, 1.0f, 998u, 0.0f, 0.0f, 0.0f, 0, 5.0f);
+    expectSameLines(g, derivedCase("unclamped"));
+}
+
 // ---------------------------------------------------------------------------
 // Edge cases of the growth.
 
@@ -673,6 +695,24 @@ TEST(PlantBranches, RotationTurnsTheStartsAndAFullTurnIsNoTurn) {
         found = true;
     }
     EXPECT_TRUE(found);
+    // The degrees are Rotation x 360 in double: 0.3f x 360 = 108.00000429...,
+    // not the float product 108.0000076; branch 0 starts at c - u * 11 with u
+    // at (0 * 30 - 90 + 108.00000429...) * 0.017453292.
+    NorvelleProgram tilted;
+    tilted.setParam(Param::Rotation, 0.3f);
+    PlantGeometry t;
+    views::growMainPanelPlantAtRest(tilted, t);
+    const double degrees = double(0.3f) * 360.0;
+    EXPECT_NE(degrees, double(0.3f * 360.0f));
+    const double angle = (0.0 - 90.0 + degrees) * 0.017453292;
+    bool tiltedFound = false;
+    for (const PlantLine& l : t.lines()) {
+        if (l.branch != 0 || l.generation != 0) continue;
+        EXPECT_EQ(t.points(l)[0].x, 192.0 - std::cos(angle) * 11.0);
+        EXPECT_EQ(t.points(l)[0].y, 264.0 - std::sin(angle) * 11.0);
+        tiltedFound = true;
+    }
+    EXPECT_TRUE(tiltedFound);
     // Rotation 1 is 360 degrees, wrapped to 0: the plant of Rotation 0.
     NorvelleProgram turned;
     turned.setParam(Param::Rotation, 1.0f);

@@ -272,6 +272,25 @@ def main():
     grow_line(S_, out, 2, 0xABCDEF, (50.0, 50.0), f32(2.0), f32(500.0), f32(0.6), f32(1.0), 77, f32(0.0),
               f32(0.0), f32(0.0), 0, f32(4.0))
     emit_lines('capped', out)
+    more_cases()
+
+
+def more_cases():
+    # A bend of 500 degrees a step: the rotation is brought back by one
+    # 2 pi at each new angle step, not into 0 to 2 pi whatever it takes.
+    out = []
+    S_ = Settings(twigMaxGenerations=0, rotationOffset=500.0, hueVariation=0.0)
+    grow_line(S_, out, 1, 4321, (0.0, 0.0), f32(0.25), f32(12.0), f32(0.3), f32(1.0), 4322, f32(0.0),
+              f32(0.0), f32(0.0), 0, f32(2.0))
+    emit_lines('spinning', out)
+
+    # A twig scale above 1 with no distribution stays as it is: only a drawn
+    # scale is held within 0 to 1.
+    out = []
+    S_ = Settings(twigMaxGenerations=1, twigScale=1.5, twigScaleDistribution=0.0, alphaDrop=0.9)
+    grow_line(S_, out, 4, 999, (10.0, 20.0), f32(3.0), f32(6.0), f32(0.7), f32(1.0), 998, f32(0.0),
+              f32(0.0), f32(0.0), 0, f32(5.0))
+    emit_lines('unclamped', out)
 
 
 if __name__ == '__main__':
