@@ -7,7 +7,10 @@ namespace views {
 
 namespace {
 
-// Single precision forms of 2 pi, pi / 2, 3 pi / 2, pi / 180 and 1 / (2 pi).
+// Within a line every angle, length and alpha is a 32-bit float, and its
+// constants are their single precision forms; only a branch's direction at
+// the core is reckoned in double. The forms of 2 pi, pi / 2, 3 pi / 2,
+// pi / 180 and 1 / (2 pi):
 constexpr float TWO_PI = 6.2831855f;
 constexpr float HALF_PI = 1.5707964f;
 constexpr float THREE_HALF_PI = 4.712389f;
