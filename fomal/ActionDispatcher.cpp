@@ -3,9 +3,11 @@
 #include <algorithm>
 
 #include "fomal/BuiltInActions.h"
+#include "fomal/EditorHost.h"
 #include "fomal/EditorServices.h"
 #include "fomal/NotationNames.h"
 #include "fomal/View.h"
+#include "notation/Escape.h"
 #include "platform/ErrorAlert.h"
 #include "platform/Exceptions.h"
 
@@ -36,6 +38,8 @@ std::vector<std::string> words(std::string_view text) {
     return out;
 }
 
+void appendPopupItems(const std::string& raw, std::vector<PopupItem>& out, ActionDispatcher& dispatcher, View& target);
+
 PopupItem readPopupItem(const std::string& raw, ActionDispatcher& dispatcher, View& target) {
     PopupItem item;
     const Array fields = parseArray(raw);
@@ -56,7 +60,7 @@ PopupItem readPopupItem(const std::string& raw, ActionDispatcher& dispatcher, Vi
         if (extra.has("items")) submenu = extra.get("items");
     }
     if (!submenu.empty() || item.action == "popup") {
-        for (const std::string& sub : parseArray(submenu)) item.items.push_back(readPopupItem(sub, dispatcher, target));
+        for (const std::string& sub : parseArray(submenu)) appendPopupItems(sub, item.items, dispatcher, target);
         return item;
     }
     if (!item.action.empty()) {
@@ -64,6 +68,39 @@ PopupItem readPopupItem(const std::string& raw, ActionDispatcher& dispatcher, Vi
         item.checked = dispatcher.isChecked(target, item.action, item.params);
     }
     return item;
+}
+
+// The marker that stands for the patch files of the patch folder.
+constexpr std::string_view PROGRAM_LIST = "<programList>";
+
+// The entries of one raw item: the patch list's marker becomes an entry per
+// patch file (its name without extension, loading it), or the one entry
+// that says there is none.
+void appendPopupItems(const std::string& raw, std::vector<PopupItem>& out, ActionDispatcher& dispatcher, View& target) {
+    const std::size_t start = raw.find_first_not_of(" \t\r\n");
+    const std::size_t end = raw.find_last_not_of(" \t\r\n");
+    if (start == std::string::npos || std::string_view(raw).substr(start, end + 1 - start) != PROGRAM_LIST) {
+        out.push_back(readPopupItem(raw, dispatcher, target));
+        return;
+    }
+    const std::vector<std::string> files = dispatcher.editor().host().patchFiles();
+    if (files.empty()) {
+        PopupItem none;
+        none.title = "No programs found";
+        none.enabled = false;
+        out.push_back(none);
+        return;
+    }
+    for (const std::string& file : files) {
+        PopupItem item;
+        std::string name = file.substr(file.find_last_of("/\\") == std::string::npos ? 0 : file.find_last_of("/\\") + 1);
+        if (const std::size_t dot = name.find_last_of('.'); dot != std::string::npos && dot > 0) name.erase(dot);
+        item.title = name;
+        item.literal = true;
+        item.action = "load";
+        item.params = notation::escape(file);
+        out.push_back(std::move(item));
+    }
 }
 
 }  // namespace
@@ -95,7 +132,7 @@ AlertRequest readAlertRequest(std::string_view params) {
 PopupRequest readPopupRequest(std::string_view params, ActionDispatcher& dispatcher, View& target) {
     const Object keys = parseObject(params);
     PopupRequest p;
-    for (const std::string& raw : parseArray(keys.get("items"))) p.items.push_back(readPopupItem(raw, dispatcher, target));
+    for (const std::string& raw : parseArray(keys.get("items"))) appendPopupItems(raw, p.items, dispatcher, target);
     // The menu opens at the target's lower left corner unless placed.
     const RectF& r = target.rect();
     PointF at{r.left, r.bottom()};

@@ -8,6 +8,8 @@
 
 #include <optional>
 #include <string>
+
+#include "fomal/FileDialog.h"
 #include <string_view>
 #include <vector>
 
@@ -50,6 +52,8 @@ struct PopupItem {
     std::vector<PopupItem> items;  // a submenu
     bool enabled = true;
     bool checked = false;
+    // A title shown as it is (a file's name), not looked up or filled in.
+    bool literal = false;
 
     bool separator() const { return title == "-"; }
 };
@@ -68,6 +72,8 @@ public:
     virtual ~DialogPresenter() = default;
     virtual void showAlert(View& target, const AlertRequest& alert) = 0;
     virtual void showPopup(View& target, const PopupRequest& popup) = 0;
+    // The open or save dialog; `chosen` hears the file when one is taken.
+    virtual void showFileDialog(const FileDialogRequest& request, FileChosen chosen) = 0;
 };
 
 // Alerts and menus of the platform's own, where it has them (Windows):
@@ -82,6 +88,10 @@ public:
     // The chosen entry (in a submenu too), or null; (x, y) in panel
     // coordinates.
     virtual const PopupItem* popup(const std::vector<PopupItem>& items, float x, float y) = 0;
+    // The platform's open or save dialog, where it has one: true when it
+    // was shown, with `path` the file chosen (empty when cancelled); false
+    // leaves the dialog to the panel.
+    virtual bool fileDialog(const FileDialogRequest&, std::string& /*path*/) { return false; }
 };
 
 class ActionDispatcher {

@@ -247,24 +247,46 @@ std::string openURL(const ActionCall& c) {
     return nothing();
 }
 
+// The labels of the undo steps that patch files make.
+constexpr std::string_view OPEN_LABEL = "Open Patch";
+constexpr std::string_view LOAD_LABEL = "Load Patch";
+
 std::string open(const ActionCall& c) {
-    editorOf(c).host().openPatch(Params(c.params).text("title"));
+    EditorServices& editor = editorOf(c);
+    FileDialogRequest request = editor.host().patchDialog(false);
+    const std::string title = Params(c.params).text("title");
+    if (!title.empty()) request.title = title;
+    c.dispatcher.dialogs().showFileDialog(request, [&editor](const std::string& path) {
+        editor.host().loadPatch(path, OPEN_LABEL, true);
+    });
     return nothing();
 }
 
 std::string save(const ActionCall& c) {
-    editorOf(c).host().savePatch(Params(c.params).text("title"));
+    EditorServices& editor = editorOf(c);
+    FileDialogRequest request = editor.host().patchDialog(true);
+    const std::string title = Params(c.params).text("title");
+    if (!title.empty()) request.title = title;
+    c.dispatcher.dialogs().showFileDialog(request, [&editor](const std::string& path) { editor.host().savePatch(path); });
+    return nothing();
+}
+
+// An entry of the patch menu: the file of its parameter.
+std::string load(const ActionCall& c) {
+    const std::string path = Params(c.params).text("path");
+    if (path.empty()) throw Exception("Missing 'path' parameter");
+    editorOf(c).host().loadPatch(path, LOAD_LABEL, false);
     return nothing();
 }
 
 std::string previous(const ActionCall& c) {
-    editorOf(c).host().stepPatch(-1);
+    if (editorOf(c).host().canStepPatch(-1)) editorOf(c).host().stepPatch(-1);
     return nothing();
 }
 bool canPrevious(const ActionCall& c) { return editorOf(c).host().canStepPatch(-1); }
 
 std::string next(const ActionCall& c) {
-    editorOf(c).host().stepPatch(1);
+    if (editorOf(c).host().canStepPatch(1)) editorOf(c).host().stepPatch(1);
     return nothing();
 }
 bool canNext(const ActionCall& c) { return editorOf(c).host().canStepPatch(1); }
@@ -344,6 +366,7 @@ const BuiltInAction BUILT_IN_ACTIONS[] = {
     {"openURL", openURL, nullptr},
     {"open", open, nullptr},
     {"save", save, nullptr},
+    {"load", load, nullptr},
     {"previous", previous, canPrevious},
     {"next", next, canNext},
     {"undo", undo, canUndo},

@@ -7,6 +7,9 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
+
+#include "fomal/FileDialog.h"
 
 namespace Fomal {
 
@@ -63,9 +66,20 @@ public:
 
     // The patch and file operations of the actions; each may refuse with
     // an exception that the action reports.
-    virtual void openPatch(std::string_view title) = 0;
-    virtual void savePatch(std::string_view title) = 0;
-    virtual bool canStepPatch(int direction) const = 0;
+    //
+    // The open (save false) or save dialog for patches: its folder, the
+    // name a save proposes and the file types.
+    virtual FileDialogRequest patchDialog(bool save) = 0;
+    // The patch files of the patch folder (UTF-8 paths), for the patch menu.
+    virtual std::vector<std::string> patchFiles() = 0;
+    // Loads a patch file as one undo step under label; a file chosen in a
+    // dialog also makes its folder the dialogs' folder. A file that does
+    // not read leaves the patch as it was.
+    virtual void loadPatch(std::string_view path, std::string_view label, bool chosenInDialog) = 0;
+    // Saves the patch as that file, which names it.
+    virtual void savePatch(std::string_view path) = 0;
+    // The previous (-1) or next (+1) patch file of the patch's folder.
+    virtual bool canStepPatch(int direction) = 0;
     virtual void stepPatch(int direction) = 0;
     virtual void launch(std::string_view path, std::string_view relativeTo) = 0;
     virtual void openURL(std::string_view url) = 0;

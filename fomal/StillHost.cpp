@@ -43,7 +43,13 @@ void StillHost::learnController(int function) {
     ++revision_;
 }
 
-void StillHost::openPatch(std::string_view) { unavailable("Opening a patch"); }
+FileDialogRequest StillHost::patchDialog(bool save) {
+    FileDialogRequest request;
+    request.save = save;
+    request.title = save ? "Save Patch As" : "Open Patch";
+    return request;
+}
+void StillHost::loadPatch(std::string_view, std::string_view, bool) { unavailable("Opening a patch"); }
 void StillHost::savePatch(std::string_view) { unavailable("Saving the patch"); }
 void StillHost::launch(std::string_view, std::string_view) { unavailable("Opening a file"); }
 void StillHost::openURL(std::string_view) { unavailable("Opening a web page"); }

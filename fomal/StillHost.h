@@ -49,9 +49,12 @@ public:
     void previewNote(bool, int, int) override {}
 
     // There are no patch files and no system services behind the panel.
-    void openPatch(std::string_view) override;
+    // No patch files: the dialogs open nowhere, the list is empty.
+    FileDialogRequest patchDialog(bool save) override;
+    std::vector<std::string> patchFiles() override { return {}; }
+    void loadPatch(std::string_view, std::string_view, bool) override;
     void savePatch(std::string_view) override;
-    bool canStepPatch(int) const override { return false; }
+    bool canStepPatch(int) override { return false; }
     void stepPatch(int) override {}
     void launch(std::string_view, std::string_view) override;
     void openURL(std::string_view) override;

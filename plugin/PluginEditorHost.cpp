@@ -3,10 +3,13 @@
 #include <cmath>
 
 #include "patch/MidiConfigText.h"
+#include "patch/PatchFiles.h"
 #include "patch/ParameterTable.h"
 #include "plugin/ParameterText.h"
 #include "plugin/PluginCore.h"
 #include "platform/Exceptions.h"
+#include "platform/UserFolders.h"
+#include "platform/Utf16.h"
 
 namespace {
 
@@ -15,7 +18,10 @@ namespace {
 }  // namespace
 
 PluginEditorHost::PluginEditorHost(PluginCore& plugin, const int& undoLimit, UndoHistory::Translator translate)
-    : plugin_(plugin), history_(*this, undoLimit, std::move(translate)), historyProgram_(plugin.currentProgram()) {
+    : plugin_(plugin),
+      history_(*this, undoLimit, std::move(translate)),
+      browser_(platform::defaultPatchFolder()),
+      historyProgram_(plugin.currentProgram()) {
     history_.onChanged = [this] { ++revision_; };
 }
 
@@ -150,16 +156,51 @@ void PluginEditorHost::setCurrentProgram(const NorvelleProgram& record) {
     ++revision_;
 }
 
-// Previous and next step through the patch files of the current patch's
-// folder; until the editor reads patch folders there is no list, as for a
-// patch without a path, and the arrows are grey.
-bool PluginEditorHost::canStepPatch(int) const { return false; }
-void PluginEditorHost::stepPatch(int) {}
+Fomal::FileDialogRequest PluginEditorHost::patchDialog(bool save) {
+    const NorvelleProgram current = currentProgram();
+    Fomal::FileDialogRequest request;
+    request.save = save;
+    request.title = save ? "Save Patch As" : "Open Patch";
+    request.folder = browser_.folderFor(current).utf8();
+    if (save) request.fileName = platform::utf16ToUtf8Lossy(patchFileName(current.getName())) + ".tdrn";
+    request.filters = {Fomal::FileFilter{std::string(PATCH_FILE_KIND), {"*.tdrn"}}};
+    request.extension = "tdrn";
+    return request;
+}
 
-// Patch files, web pages and the MIDI configuration dialog come with the
-// editor's windows.
-void PluginEditorHost::openPatch(std::string_view) { unavailable("Opening a patch"); }
-void PluginEditorHost::savePatch(std::string_view) { unavailable("Saving the patch"); }
+std::vector<std::string> PluginEditorHost::patchFiles() {
+    std::vector<std::string> files;
+    for (const OrlFiles::Path& p : browser_.list(browser_.folderFor(currentProgram()))) files.push_back(p.utf8());
+    return files;
+}
+
+void PluginEditorHost::loadPatch(std::string_view path, std::string_view label, bool chosenInDialog) {
+    const OrlFiles::Path file = OrlFiles::Path::parse(path);
+    // Read and parsed whole before anything changes.
+    const NorvelleProgram record = readPatchFile(file);
+    if (chosenInDialog) browser_.chose(file);
+    history_.saveUndo(label);
+    setCurrentProgram(record);
+}
+
+void PluginEditorHost::savePatch(std::string_view path) {
+    const OrlFiles::Path file = OrlFiles::Path::parse(path);
+    const NorvelleProgram saved = savePatchFile(currentProgram(), file);
+    browser_.saved(file);
+    setCurrentProgram(saved);
+}
+
+// Previous and next step through the patch files of the current patch's
+// folder; a patch without a file, or at an end of the list, has nowhere to
+// go and the arrows are grey.
+bool PluginEditorHost::canStepPatch(int direction) { return browser_.step(currentProgram(), direction).has_value(); }
+
+void PluginEditorHost::stepPatch(int direction) {
+    const std::optional<OrlFiles::Path> file = browser_.step(currentProgram(), direction);
+    if (!file) return;
+    loadPatch(file->utf8(), direction < 0 ? "Previous Patch" : "Next Patch", false);
+}
+
 void PluginEditorHost::launch(std::string_view, std::string_view) { unavailable("Opening a file"); }
 void PluginEditorHost::openURL(std::string_view) { unavailable("Opening a web page"); }
 void PluginEditorHost::midiConfiguration() { unavailable("The MIDI configuration"); }

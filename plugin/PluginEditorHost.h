@@ -8,6 +8,7 @@
 #include <string>
 
 #include "fomal/EditorHost.h"
+#include "patch/PatchBrowser.h"
 #include "patch/UndoHistory.h"
 #include "views/ProgramHost.h"
 
@@ -59,9 +60,11 @@ public:
     int selectedBranch() const override { return selectedBranch_; }
     void selectBranch(int branch) override;
 
-    void openPatch(std::string_view title) override;
-    void savePatch(std::string_view title) override;
-    bool canStepPatch(int direction) const override;
+    Fomal::FileDialogRequest patchDialog(bool save) override;
+    std::vector<std::string> patchFiles() override;
+    void loadPatch(std::string_view path, std::string_view label, bool chosenInDialog) override;
+    void savePatch(std::string_view path) override;
+    bool canStepPatch(int direction) override;
     void stepPatch(int direction) override;
     void launch(std::string_view path, std::string_view relativeTo) override;
     void openURL(std::string_view url) override;
@@ -79,6 +82,7 @@ private:
 
     PluginCore& plugin_;
     UndoHistory history_;
+    PatchBrowser browser_;
     // The control being dragged, and whether its first change is saved.
     std::string editing_;
     bool editSaved_ = false;

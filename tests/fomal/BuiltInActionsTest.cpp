@@ -32,7 +32,7 @@ TEST(BuiltInActionsTest, EveryNameOfTheTableIsKnown) {
     for (std::string_view name :
          {"nop", "batch", "alert", "popup", "openView", "closeView", "openWindow", "closeWindow", "showView", "hideView",
           "trigger", "animate", "delayed", "cancel", "gotoPage", "typingRate", "refresh", "launch", "openURL", "open",
-          "save", "previous", "next", "undo", "redo", "plant", "preview", "midiConfig", "stopLearning",
+          "save", "load", "previous", "next", "undo", "redo", "plant", "preview", "midiConfig", "stopLearning",
           "showRotationHandle"})
         EXPECT_NE(Fomal::findBuiltInAction(name), nullptr) << name;
     EXPECT_EQ(Fomal::findBuiltInAction("execute"), nullptr);

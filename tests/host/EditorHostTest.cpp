@@ -40,9 +40,10 @@ constexpr int VOLUME = 8;  // the parameter the bottom right slider drives
 // slots are the factory patches and no tutorial or update check differs
 // from the headless panel's.
 const std::string configDir = std::string(TENDRANE_BINARY_DIR) + "/editor-host-config";
+const std::string dataDir = std::string(TENDRANE_BINARY_DIR) + "/editor-host-data";
 const bool privatePreferences = [] {
-    std::system(("rm -rf '" + configDir + "' && mkdir -p '" + configDir + "'").c_str());
-    return setenv("XDG_CONFIG_HOME", configDir.c_str(), 1) == 0;
+    std::system(("rm -rf '" + configDir + "' '" + dataDir + "' && mkdir -p '" + configDir + "'").c_str());
+    return setenv("XDG_CONFIG_HOME", configDir.c_str(), 1) == 0 && setenv("XDG_DATA_HOME", dataDir.c_str(), 1) == 0;
 }();
 
 Library& library() { return Library::get(TENDRANE_PLUGIN_BINARY); }
@@ -188,7 +189,8 @@ std::vector<std::uint32_t> headlessPanel(const std::string& events, const std::s
     std::system(("mkdir -p '" + dir + "'").c_str());
     const std::string eventsFile = dir + "/" + name + ".events", png = dir + "/" + name + "-panel.png";
     std::ofstream(eventsFile) << events;
-    const std::string command = std::string("XDG_CONFIG_HOME='") + configDir + "-panel' '" + TENDRANE_PROGRAM +
+    const std::string command = std::string("XDG_CONFIG_HOME='") + configDir + "-panel' XDG_DATA_HOME='" + dataDir +
+                                "-panel' '" + TENDRANE_PROGRAM +
                                 "' panel --factory 0 --events '" + eventsFile + "' -o '" + png + "'";
     if (std::system(command.c_str()) != 0) return {};
     std::ifstream in(png, std::ios::binary);

@@ -5,11 +5,19 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <memory>
 #include <vector>
 
 #include "fomal/Clock.h"
 #include "fomal/EditorCore.h"
+#include "fomal/PopupMenu.h"
+#include "notation/Escape.h"
+#include "patch/FactoryPatches.h"
+#include "patch/ProgramText.h"
 #include "fomal/SliderView.h"
 #include "plugin/PluginCore.h"
 #include "tests/plugin/BlockTestEngine.h"
@@ -177,4 +185,143 @@ TEST(PluginEditorHostTest, WithoutAPatchListTheArrowsAreGrey) {
     Fixture f;
     EXPECT_FALSE(f.editor->actions().canPerform(*f.editor->root(), "next", ""));
     EXPECT_FALSE(f.editor->actions().canPerform(*f.editor->root(), "previous", ""));
+}
+
+// ---------------------------------------------------------------------------
+// Patch files from the panel: the patch menu, loading as one undo step,
+// the arrows, saving and a file that does not read.
+
+namespace {
+
+constexpr const char* BROWSING_LAYOUT =
+    "views: { { type: \"click\", label: \"patches\", bounds: { 0, 0, 100, 20 },"
+    "           actions: { { \"\", \"popup\", { items: { { \"&Browse Patches...\", \"open\" }, \"-\", <programList> } } } } } }";
+
+struct Browsing {
+    std::filesystem::path dir;
+    std::unique_ptr<PluginCore> plugin;
+    int limit = 100;
+    std::unique_ptr<PluginEditorHost> host;
+    Fomal::VirtualClock clock;
+    std::unique_ptr<Fomal::EditorCore> editor;
+    std::vector<std::string> alerts;
+
+    Browsing() {
+        dir = std::filesystem::temp_directory_path() /
+              ("tendrane-browsing-" + std::to_string(std::chrono::steady_clock::now().time_since_epoch().count()));
+        std::filesystem::create_directories(dir / "set");
+        std::filesystem::create_directories(dir / "empty");
+        for (int i : {1, 2, 3}) {
+            NorvelleProgram p = factoryProgram(i);
+            std::ofstream(dir / "set" / ("Patch " + std::to_string(i) + ".tdrn"), std::ios::binary)
+                << writeProgramText(p, true);
+        }
+        std::ofstream(dir / "set" / "Zz Broken.tdrn") << "TendranePatch: { Version: 99 }";
+        plugin = std::make_unique<PluginCore>(&loggingHost, std::make_unique<BlockTestEngine>());
+        plugin->resume();
+        host = std::make_unique<PluginEditorHost>(*plugin, limit);
+        editor = std::make_unique<Fomal::EditorCore>(*host, clock);
+        editor->onAlert = [this](const std::string& title, const std::string& text) { alerts.push_back(title + ": " + text); };
+        editor->openLayoutText(BROWSING_LAYOUT);
+    }
+    ~Browsing() { std::filesystem::remove_all(dir); }
+
+    std::string file(const std::string& name) const { return (dir / "set" / name).string(); }
+    std::string name() { return host->patchName(); }
+    bool perform(std::string_view action, std::string_view params = "") {
+        editor->actions().perform(*editor->root(), action, params, true);
+        editor->idle();
+        return alerts.empty();
+    }
+    const std::vector<Fomal::PopupItem>& openPatchMenu() {
+        editor->mouseDown({10, 10, Fomal::LEFT_BIT});
+        editor->mouseUp({10, 10, Fomal::LEFT_BIT});
+        return static_cast<Fomal::PopupMenu&>(*editor->overlay().back()).items();
+    }
+};
+
+}  // namespace
+
+TEST(PluginEditorHostTest, LoadingAFileIsOneUndoStepNamedAfterTheFile) {
+    Browsing b;
+    const std::string before = b.name();
+    ASSERT_TRUE(b.perform("load", notation::escape(b.file("Patch 2.tdrn"))));
+    EXPECT_EQ(b.name(), "Patch 2");
+    EXPECT_EQ(b.plugin->currentProgramRecord().seed, factoryProgram(2).seed);
+    EXPECT_EQ(b.host->undoLabel(), "Load Patch");
+    ASSERT_TRUE(b.perform("undo"));
+    EXPECT_EQ(b.name(), before);
+}
+
+TEST(PluginEditorHostTest, AFileThatDoesNotReadLeavesThePatchAndAlerts) {
+    Browsing b;
+    const std::string before = b.name();
+    const std::uint32_t seed = b.plugin->currentProgramRecord().seed;
+    EXPECT_FALSE(b.perform("load", notation::escape(b.file("Zz Broken.tdrn"))));
+    ASSERT_EQ(b.alerts.size(), 1u);
+    EXPECT_EQ(b.alerts[0].rfind("Tendrane: The operation could not be performed due to the following error:", 0), 0u)
+        << b.alerts[0];
+    EXPECT_EQ(b.name(), before);
+    EXPECT_EQ(b.plugin->currentProgramRecord().seed, seed);
+    EXPECT_FALSE(b.host->canUndo());
+}
+
+TEST(PluginEditorHostTest, ThePatchMenuListsTheFolderOrSaysThereIsNothing) {
+    Browsing b;
+    ASSERT_TRUE(b.perform("load", notation::escape(b.file("Patch 1.tdrn"))));
+    const std::vector<Fomal::PopupItem>& items = b.openPatchMenu();
+    ASSERT_EQ(items.size(), 6u);
+    EXPECT_EQ(items[2].title, "Patch 1");
+    EXPECT_EQ(items[2].action, "load");
+    EXPECT_EQ(notation::unescape(items[2].params), b.file("Patch 1.tdrn"));
+    EXPECT_EQ(items[5].title, "Zz Broken");
+    // Choosing an entry loads it.
+    ASSERT_TRUE(static_cast<Fomal::PopupMenu&>(*b.editor->overlay().back()).choose("Patch 3"));
+    EXPECT_EQ(b.name(), "Patch 3");
+
+    // A patch whose folder holds no patch files.
+    NorvelleProgram lonely = factoryProgram(4);
+    lonely.path = OrlFiles::Path::parse((b.dir / "empty" / "Gone.tdrn").string()).text();
+    b.plugin->replaceCurrentProgram(lonely);
+    b.editor->closeMenus();
+    const std::vector<Fomal::PopupItem>& none = b.openPatchMenu();
+    ASSERT_EQ(none.size(), 3u);
+    EXPECT_EQ(none[2].title, "No programs in chosen folder, select \"Browse Patches...\"");
+    EXPECT_FALSE(none[2].enabled);
+}
+
+TEST(PluginEditorHostTest, TheArrowsStepThroughTheFolderAndStopAtTheEnds) {
+    Browsing b;
+    // Without a file there is nowhere to step.
+    EXPECT_FALSE(b.editor->actions().canPerform(*b.editor->root(), "next", ""));
+    ASSERT_TRUE(b.perform("load", notation::escape(b.file("Patch 1.tdrn"))));
+    EXPECT_FALSE(b.editor->actions().canPerform(*b.editor->root(), "previous", ""));
+    ASSERT_TRUE(b.editor->actions().canPerform(*b.editor->root(), "next", ""));
+    ASSERT_TRUE(b.perform("next"));
+    EXPECT_EQ(b.name(), "Patch 2");
+    EXPECT_EQ(b.host->undoLabel(), "Next Patch");
+    ASSERT_TRUE(b.perform("next"));
+    EXPECT_EQ(b.name(), "Patch 3");
+    ASSERT_TRUE(b.perform("previous"));
+    EXPECT_EQ(b.name(), "Patch 2");
+    // The last file does not read: the step fails and the patch stays.
+    ASSERT_TRUE(b.perform("next"));
+    EXPECT_FALSE(b.perform("next"));
+    EXPECT_EQ(b.name(), "Patch 3");
+}
+
+TEST(PluginEditorHostTest, SavingWritesTheFileAndNamesThePatch) {
+    Browsing b;
+    ASSERT_TRUE(b.perform("load", notation::escape(b.file("Patch 1.tdrn"))));
+    b.plugin->setParameter(8, 0.25f);
+    b.host->savePatch(b.file("My Sound.tdrn"));
+    EXPECT_EQ(b.name(), "My Sound");
+    EXPECT_FALSE(b.plugin->currentProgramRecord().modified);
+    std::ifstream in(b.file("My Sound.tdrn"), std::ios::binary);
+    const std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    EXPECT_NE(text.find("\r\n"), std::string::npos);
+    EXPECT_EQ(writeProgramText(readProgramText(text), true), writeProgramText(b.plugin->currentProgramRecord(), true));
+    // The saved file is in the list at once.
+    b.editor->closeMenus();
+    EXPECT_EQ(b.openPatchMenu().size(), 7u);
 }
