@@ -4,6 +4,7 @@
 #include <climits>
 
 #include "fomal/AlertBox.h"
+#include "fomal/FileDialogView.h"
 #include "fomal/LayoutView.h"
 #include "fomal/PopupMenu.h"
 #include "platform/ErrorAlert.h"
@@ -332,7 +333,7 @@ void EditorCore::presentAlert(View* target, const AlertRequest& alert) {
 
 void EditorCore::substituteTitles(std::vector<PopupItem>& items) {
     for (PopupItem& item : items) {
-        if (!item.separator()) item.title = substituteText(item.title, *this);
+        if (!item.separator() && !item.literal) item.title = substituteText(item.title, *this);
         substituteTitles(item.items);
     }
 }
@@ -349,6 +350,17 @@ void EditorCore::showPopup(View& target, const PopupRequest& request) {
         return;
     }
     openOverlay(std::make_unique<PopupMenu>(*this, target, popup.items, popup.x, popup.y));
+}
+
+void EditorCore::showFileDialog(const FileDialogRequest& request, FileChosen chosen) {
+    closeMenus();
+    invalidate(hint_.hide());
+    std::string path;
+    if (native_ != nullptr && native_->fileDialog(request, path)) {
+        if (!path.empty() && chosen) chosen(path);
+        return;
+    }
+    openOverlay(std::make_unique<FileDialogView>(*this, request, std::move(chosen)));
 }
 
 void EditorCore::openOverlay(std::unique_ptr<View> view) {
@@ -381,6 +393,8 @@ bool EditorCore::choose(std::string_view title) {
             chosen = alert->choose(title);
         else if (auto* menu = dynamic_cast<PopupMenu*>(top))
             chosen = menu->choose(title);
+        else if (auto* files = dynamic_cast<FileDialogView*>(top))
+            chosen = files->choose(title);
     });
     return chosen;
 }

@@ -120,6 +120,7 @@ private:
     // DialogPresenter
     void showAlert(View& target, const AlertRequest& alert) override;
     void showPopup(View& target, const PopupRequest& popup) override;
+    void showFileDialog(const FileDialogRequest& request, FileChosen chosen) override;
 
     void presentAlert(View* target, const AlertRequest& alert);
     void substituteTitles(std::vector<PopupItem>& items);
