@@ -231,6 +231,7 @@ bool EditorCore::keyDown(const KeyEvent& e) {
 }
 
 void EditorCore::idle() {
+    fetches_.deliver();
     if (host_.revision() != hostRevision_) guarded([] {});
     followSuspension();
     const std::int64_t t = now();

@@ -17,6 +17,7 @@
 #include "fomal/EditorHost.h"
 #include "fomal/EditorScripts.h"
 #include "fomal/EditorServices.h"
+#include "fomal/FetchResults.h"
 #include "fomal/HintWindow.h"
 #include "fomal/View.h"
 #include "pixels/Pixel.h"
@@ -142,6 +143,7 @@ private:
     const Clock& clock_;
     EditorConstants constants_;
     EditorScripts scripts_;
+    FetchResults fetches_{scripts_, *this};  // URL fetches its scripts wait for
     ActionDispatcher dispatcher_;
     std::vector<OrlPixels::Pixel> pixels_;
     OrlPixels::Surface surface_;

@@ -3,9 +3,11 @@
 #include <string>
 
 #include "fomal/Clipboard.h"
+#include "fomal/FetchResults.h"
 #include "fomal/ScriptRandom.h"
 #include "notation/Notation.h"
 #include "platform/BuildInfo.h"
+#include "platform/Log.h"
 #include "platform/Resources.h"
 #include "quol/Classification.h"
 #include "quol/Exception.h"
@@ -54,8 +56,20 @@ Value xload(Frame& a) {
     return Value::external(scriptResource(argument(a, 0).view()));
 }
 
+// print: to the development log, and only in debug mode (`const.debug`).
 Value xprint(Frame& a) {
-    argument(a, 0);
+    const Value text = argument(a, 0);
+    Value debug;
+    if (a.root().lookup("const.debug", debug) && debug == "true") {
+        if (!platform::Log::active()) {
+            try {
+                platform::Log::start();
+            } catch (const std::exception&) {
+                return Value();  // no log to be had: printing is no reason to fail
+            }
+        }
+        platform::Log::write(platform::LogLevel::debug, "script", text.view());
+    }
     return Value();
 }
 
@@ -109,14 +123,14 @@ Value parseArrayNative(Frame& a) {
 
 Value versionCheckQuery(Frame&) { return Value("?v=3"); }
 
-// fetchURL(url, callback): the callback hears the body as $0 or the
-// failure as $1. This build has no network client yet, so every fetch
-// fails at once with the failure of an unreachable server.
+// fetchURL(url, callback): the fetch runs on the worker thread; at a later
+// idle tick of the editor whose script asked, the callback hears the body
+// as $0, or void and the failure ("Internet error: ...") as $1.
 Value fetchURL(Frame& a) {
-    argument(a, 0);  // the URL
+    const Value url = argument(a, 0);
     const Value callback = argument(a, 1);
-    const Value outcome[2] = {Value(), Value("Internet error: no connection")};
-    Quol::callWith(a, callback, outcome, 2);
+    if (!FetchResults::start(a.root(), std::string(url.view()), callback))
+        Quol::fail("fetchURL needs an open editor");
     return Value();
 }
 
