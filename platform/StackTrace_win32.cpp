@@ -5,6 +5,7 @@
 #include <windows.h>
 
 #include <cstddef>
+#include <cstring>
 
 #include "platform/StackTrace.h"
 
@@ -34,9 +35,20 @@ struct SymbolInfo {  // the head of SYMBOL_INFO, with room for a name
 using SymInitializeFn = BOOL(WINAPI*)(HANDLE, PCSTR, BOOL);
 using SymFromAddrFn = BOOL(WINAPI*)(HANDLE, DWORD64, PDWORD64, SymbolInfo*);
 
-FARPROC load(HMODULE module, const char* function, const char* library) {
-    FARPROC f = GetProcAddress(module, function);
-    if (f == nullptr) throw stack::missingFunction(function, library);
+// A function of a loaded library as the type it has.
+template <typename F>
+F function(HMODULE module, const char* name) {
+    FARPROC f = GetProcAddress(module, name);
+    F typed = nullptr;
+    static_assert(sizeof typed == sizeof f);
+    std::memcpy(&typed, &f, sizeof f);
+    return typed;
+}
+
+template <typename F>
+F load(HMODULE module, const char* name, const char* library) {
+    F f = function<F>(module, name);
+    if (f == nullptr) throw stack::missingFunction(name, library);
     return f;
 }
 
@@ -45,7 +57,7 @@ FARPROC load(HMODULE module, const char* function, const char* library) {
 __attribute__((noinline)) stack::stack(std::size_t skip, std::size_t maxFrames) {
     HMODULE kernel = LoadLibraryA("kernel32.dll");
     if (kernel == nullptr) throw missingLibrary("kernel32.dll");
-    auto capture = reinterpret_cast<CaptureContext>(load(kernel, "RtlCaptureContext", "kernel32.dll"));
+    auto capture = load<CaptureContext>(kernel, "RtlCaptureContext", "kernel32.dll");
     CONTEXT context{};
     capture(&context);
 
@@ -55,8 +67,8 @@ __attribute__((noinline)) stack::stack(std::size_t skip, std::size_t maxFrames) 
     // Names where the symbol service is there; modules in any case.
     SymFromAddrFn fromAddress = nullptr;
     if (HMODULE help = LoadLibraryA("dbghelp.dll")) {
-        auto initialize = reinterpret_cast<SymInitializeFn>(GetProcAddress(help, "SymInitialize"));
-        fromAddress = reinterpret_cast<SymFromAddrFn>(GetProcAddress(help, "SymFromAddr"));
+        auto initialize = function<SymInitializeFn>(help, "SymInitialize");
+        fromAddress = function<SymFromAddrFn>(help, "SymFromAddr");
         if (initialize == nullptr || !initialize(GetCurrentProcess(), nullptr, TRUE)) fromAddress = nullptr;
     }
     for (USHORT i = USHORT(skip + 1); i < n && frames_.size() < maxFrames; ++i) {
