@@ -1,10 +1,14 @@
 #include "plugin/NativeDialogs_win32.h"
 
+#include <commdlg.h>
+
+#include <algorithm>
 #include <cmath>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "platform/Exceptions.h"
 #include "platform/Utf16.h"
 
 namespace {
@@ -97,4 +101,51 @@ const Fomal::PopupItem* Win32Dialogs::popup(const std::vector<Fomal::PopupItem>&
                                           owner_, nullptr));
     DestroyMenu(menu);  // its submenus go with it
     return id >= 1 && id <= chosen.size() ? chosen[id - 1] : nullptr;
+}
+
+bool Win32Dialogs::fileDialog(const Fomal::FileDialogRequest& request, std::string& path) {
+    // The filter: each entry's title, then its patterns joined by ';', each
+    // part ending in a zero, the whole in two.
+    std::vector<Fomal::FileFilter> filters = request.filters;
+    filters.push_back(Fomal::allFilesFilter());
+    std::wstring filter;
+    for (const Fomal::FileFilter& f : filters) {
+        filter += wide(Fomal::filterTitle(f));
+        filter.push_back(L'\0');
+        std::string patterns;
+        for (std::size_t i = 0; i < f.patterns.size(); ++i) patterns += (i > 0 ? ";" : "") + f.patterns[i];
+        filter += wide(patterns);
+        filter.push_back(L'\0');
+    }
+    filter.push_back(L'\0');
+
+    std::vector<wchar_t> file(32768, L'\0');
+    const std::wstring proposed = wide(request.fileName);
+    proposed.copy(file.data(), std::min(proposed.size(), file.size() - 1));
+    const std::wstring folder = wide(request.folder);
+    const std::wstring title = wide(request.title);
+    const std::wstring extension = wide(request.extension);
+
+    OPENFILENAMEW ofn = {};
+    ofn.lStructSize = sizeof ofn;
+    ofn.hwndOwner = owner_;
+    ofn.lpstrFilter = filter.c_str();
+    ofn.nFilterIndex = 1;
+    ofn.lpstrFile = file.data();
+    ofn.nMaxFile = DWORD(file.size());
+    ofn.lpstrInitialDir = folder.empty() ? nullptr : folder.c_str();
+    ofn.lpstrTitle = title.c_str();
+    ofn.lpstrDefExt = extension.empty() ? nullptr : extension.c_str();
+    ofn.Flags = OFN_EXPLORER | OFN_NOCHANGEDIR | OFN_HIDEREADONLY |
+                (request.save ? OFN_OVERWRITEPROMPT | OFN_PATHMUSTEXIST : OFN_FILEMUSTEXIST | OFN_PATHMUSTEXIST);
+    const BOOL chosen = request.save ? GetSaveFileNameW(&ofn) : GetOpenFileNameW(&ofn);
+    path.clear();
+    if (!chosen) {
+        // A cancelled dialog is no error; a dialog that could not open is.
+        if (CommDlgExtendedError() != 0) throw Exception("Open file dialog error");
+        return true;
+    }
+    const std::wstring name(file.data());
+    path = platform::utf16ToUtf8Lossy(std::u16string(name.begin(), name.end()));
+    return true;
 }

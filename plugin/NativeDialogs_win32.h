@@ -1,5 +1,6 @@
-// The editor's alerts and popup menus as Windows draws them: a message box
-// and a popup menu owned by the editor's window.
+// The editor's alerts, popup menus and file dialogs as Windows draws them:
+// a message box, a popup menu and the common dialogs, owned by the editor's
+// window.
 #pragma once
 
 #include <windows.h>
@@ -14,6 +15,8 @@ public:
 
     std::string alert(const Fomal::AlertRequest& alert, std::string_view text) override;
     const Fomal::PopupItem* popup(const std::vector<Fomal::PopupItem>& items, float x, float y) override;
+    // The common open and save dialogs.
+    bool fileDialog(const Fomal::FileDialogRequest& request, std::string& path) override;
 
 private:
     HWND owner_;

@@ -8,6 +8,8 @@
 #include "plugin/ParameterText.h"
 #include "plugin/PluginCore.h"
 #include "platform/Exceptions.h"
+#include "platform/OrlFiles/Files.h"
+#include "platform/SystemOpen.h"
 #include "platform/UserFolders.h"
 #include "platform/Utf16.h"
 
@@ -201,8 +203,19 @@ void PluginEditorHost::stepPatch(int direction) {
     loadPatch(file->utf8(), direction < 0 ? "Previous Patch" : "Next Patch", false);
 }
 
-void PluginEditorHost::launch(std::string_view, std::string_view) { unavailable("Opening a file"); }
-void PluginEditorHost::openURL(std::string_view) { unavailable("Opening a web page"); }
+// A file of the patch or documentation folder, or one given whole, opened
+// by the program the user has for it.
+void PluginEditorHost::launch(std::string_view path, std::string_view relativeTo) {
+    OrlFiles::Path file = OrlFiles::Path::parse(path);
+    if (relativeTo == "patches") file = browser_.defaultFolder().child(path);
+    else if (relativeTo == "documentation") file = platform::documentationFolder().child(path);
+    if (!OrlFiles::exists(file)) throw Exception("Could not find " + file.utf8());
+    platform::openWithSystem(file.utf8());
+}
+
+void PluginEditorHost::openURL(std::string_view url) { platform::openWithSystem(url); }
+
+// The MIDI configuration dialog comes with the editor's windows.
 void PluginEditorHost::midiConfiguration() { unavailable("The MIDI configuration"); }
 
 void PluginEditorHost::stopLearning() { plugin_.learnTarget().store(-1); }

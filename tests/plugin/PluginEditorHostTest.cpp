@@ -9,7 +9,9 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <cstdlib>
 #include <memory>
+#include <thread>
 #include <vector>
 
 #include "fomal/Clock.h"
@@ -324,4 +326,32 @@ TEST(PluginEditorHostTest, SavingWritesTheFileAndNamesThePatch) {
     // The saved file is in the list at once.
     b.editor->closeMenus();
     EXPECT_EQ(b.openPatchMenu().size(), 7u);
+}
+
+// Web pages and documents go to the desktop's opener: here a stand-in that
+// notes what it was given.
+TEST(PluginEditorHostTest, PagesAndFilesGoToTheSystemsOpener) {
+    Browsing b;
+    const std::filesystem::path bin = b.dir / "bin", said = b.dir / "opened.txt";
+    std::filesystem::create_directories(bin);
+    std::ofstream(bin / "xdg-open") << "#!/bin/sh\nprintf '%s' \"$1\" > '" << said.string() << ".tmp' && mv '"
+                                    << said.string() << ".tmp' '" << said.string() << "'\n";
+    std::filesystem::permissions(bin / "xdg-open", std::filesystem::perms::owner_all);
+    const char* oldPath = std::getenv("PATH");
+    const std::string path = oldPath != nullptr ? oldPath : "";
+    setenv("PATH", (bin.string() + ":" + path).c_str(), 1);
+
+    b.host->openURL("https://tendrane.invalid/update?v=3");
+    for (int i = 0; i < 200 && !std::filesystem::exists(said); ++i)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    std::ifstream in(said);
+    const std::string heard((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    EXPECT_EQ(heard, "https://tendrane.invalid/update?v=3");
+
+    // A document that is not there is an error, and so is a desktop
+    // without an opener.
+    EXPECT_THROW(b.host->launch((b.dir / "Missing Guide.pdf").string(), ""), std::exception);
+    setenv("PATH", "/nonexistent", 1);
+    EXPECT_THROW(b.host->openURL("https://tendrane.invalid/"), std::exception);
+    setenv("PATH", path.c_str(), 1);
 }
