@@ -151,6 +151,14 @@ void PluginEditorHost::selectBranch(int branch) {
     ++revision_;
 }
 
+bool PluginEditorHost::visualState(VisualState& state) const {
+    VersionedCell<VisualState>& cell = plugin_.visualState();
+    VisualState* published = cell.acquire();
+    state = *published;
+    cell.release(published);
+    return true;
+}
+
 NorvelleProgram PluginEditorHost::currentProgram() const { return plugin_.currentProgramRecord(); }
 
 void PluginEditorHost::setCurrentProgram(const NorvelleProgram& record) {

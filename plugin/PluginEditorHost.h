@@ -59,6 +59,7 @@ public:
     void preview(const NorvelleProgram* record) override;
     int selectedBranch() const override { return selectedBranch_; }
     void selectBranch(int branch) override;
+    bool visualState(VisualState& state) const override;
 
     Fomal::FileDialogRequest patchDialog(bool save) override;
     std::vector<std::string> patchFiles() override;

@@ -6,6 +6,7 @@
 
 #include "fomal/ViewFactory.h"
 #include "views/MidiCCView.h"
+#include "views/PlantView.h"
 
 namespace views {
 
@@ -18,6 +19,7 @@ std::unique_ptr<Fomal::View> make(const Fomal::ViewBuild& build) {
 
 constexpr Fomal::ViewType LIVING_TYPES[] = {
     {"midiCC", make<MidiCCView>},
+    {"plant", make<PlantView>},
 };
 
 }  // namespace

@@ -5,6 +5,7 @@
 
 #include <string_view>
 
+#include "engine/VisualState.h"
 #include "patch/NorvelleProgram.h"
 
 namespace views {
@@ -27,6 +28,9 @@ public:
     // The branch 0 to 11 the user has selected, -1 for none.
     virtual int selectedBranch() const = 0;
     virtual void selectBranch(int branch) = 0;
+    // What the sound shows on the plant now: per-branch flash and levels.
+    // False (and `state` untouched) where no sound runs behind the panel.
+    virtual bool visualState(VisualState& /*state*/) const { return false; }
 };
 
 }  // namespace views
