@@ -6,12 +6,15 @@
 #include <gtest/gtest.h>
 // clang-format off
 #include <X11/Xlib.h>
+#include <X11/Xatom.h>
 #include <X11/Xutil.h>
 // clang-format on
 #include <dirent.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <chrono>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -22,6 +25,7 @@
 #include <vector>
 
 #include "patch/FactoryPatches.h"
+#include "patch/ProgramText.h"
 #include "pixels/Png.h"
 #include "tests/host/HostPatch.h"
 #include "tests/host/PluginHost.h"
@@ -224,6 +228,70 @@ int differingPixels(const std::vector<std::uint32_t>& a, const std::vector<std::
     return n;
 }
 
+// Another program on the display that owns the CLIPBOARD selection with a
+// text, and answers for it from a thread of its own while the host waits.
+class ClipboardOwner {
+public:
+    explicit ClipboardOwner(std::string text) : text_(std::move(text)) {
+        display_ = XOpenDisplay(nullptr);
+        window_ = XCreateSimpleWindow(display_, DefaultRootWindow(display_), 0, 0, 1, 1, 0, 0, 0);
+        clipboard_ = XInternAtom(display_, "CLIPBOARD", False);
+        utf8_ = XInternAtom(display_, "UTF8_STRING", False);
+        XSetSelectionOwner(display_, clipboard_, window_, CurrentTime);
+        XSync(display_, False);
+        thread_ = std::thread([this] { serve(); });
+    }
+    ~ClipboardOwner() {
+        stop_ = true;
+        thread_.join();
+        XDestroyWindow(display_, window_);
+        XCloseDisplay(display_);
+    }
+    int answered() const { return answered_.load(); }
+
+private:
+    void serve() {
+        while (!stop_) {
+            while (XPending(display_) > 0) {
+                XEvent e;
+                XNextEvent(display_, &e);
+                if (e.type != SelectionRequest) continue;
+                const XSelectionRequestEvent& r = e.xselectionrequest;
+                XEvent reply = {};
+                reply.xselection.type = SelectionNotify;
+                reply.xselection.requestor = r.requestor;
+                reply.xselection.selection = r.selection;
+                reply.xselection.target = r.target;
+                reply.xselection.time = r.time;
+                reply.xselection.property = None;
+                if (r.target == utf8_ || r.target == XA_STRING) {
+                    XChangeProperty(display_, r.requestor, r.property, r.target, 8, PropModeReplace,
+                                    reinterpret_cast<const unsigned char*>(text_.data()), int(text_.size()));
+                    reply.xselection.property = r.property;
+                }
+                XSendEvent(display_, r.requestor, False, NoEventMask, &reply);
+                XFlush(display_);
+                ++answered_;
+            }
+            std::this_thread::sleep_for(std::chrono::milliseconds(2));
+        }
+    }
+
+    std::string text_;
+    Display* display_ = nullptr;
+    Window window_ = 0;
+    Atom clipboard_ = 0, utf8_ = 0;
+    std::atomic<bool> stop_{false};
+    std::atomic<int> answered_{0};
+    std::thread thread_;
+};
+
+std::string programName(Instance& in) {
+    char name[64] = {};
+    in.call(effGetProgramName, 0, 0, name);
+    return name;
+}
+
 }  // namespace
 
 TEST_F(EditorHost, TellsItsSizeAndOpensAsAChildOfTheHostWindow) {
@@ -374,5 +442,98 @@ TEST_F(EditorHost, HostWindowGoneFirst) {
     EXPECT_EQ(in->call(effEditClose), 1);
     // A window that does not exist is refused, without harm.
     EXPECT_EQ(in->call(effEditOpen, 0, 0, reinterpret_cast<void*>(host)), 0);
+    EXPECT_EQ(in->call(effEditClose), 1);
+}
+
+// The main menu's entries, where the panel draws them under its button.
+constexpr int MENU_X = 24, MENU_Y = 49;
+constexpr int COPY_X = 60, COPY_Y = 158;
+constexpr int PASTE_X = 60, PASTE_Y = 176;
+
+// Copy puts the patch on the X clipboard for other programs; paste takes a
+// patch from another program's clipboard, and pastes nothing when the
+// clipboard holds something else.
+TEST_F(EditorHost, CopyAndPasteGoThroughTheXClipboard) {
+    auto in = instanceWith(factoryProgram(0));
+    ASSERT_EQ(in->call(effEditOpen, 0, 0, reinterpret_cast<void*>(parent_)), 1);
+    idleFor(*in, 200);
+    const Window w = editorWindow();
+    ASSERT_NE(w, 0u);
+
+    click(*in, w, MENU_X, MENU_Y);
+    click(*in, w, COPY_X, COPY_Y);
+    idleFor(*in, 100);
+    // Asked as another program asks.
+    const Atom clipboard = XInternAtom(display_, "CLIPBOARD", False);
+    const Atom utf8 = XInternAtom(display_, "UTF8_STRING", False);
+    const Atom property = XInternAtom(display_, "EDITOR_HOST_TEST", False);
+    EXPECT_NE(XGetSelectionOwner(display_, clipboard), None);
+    XConvertSelection(display_, clipboard, utf8, property, parent_, CurrentTime);
+    XFlush(display_);
+    XEvent notify = {};
+    bool answered = false;
+    for (int i = 0; i < 200 && !answered; ++i) {
+        answered = XCheckTypedWindowEvent(display_, parent_, SelectionNotify, &notify);
+        if (!answered) idleFor(*in, 10);
+    }
+    ASSERT_TRUE(answered);
+    ASSERT_EQ(notify.xselection.property, property);
+    Atom type = None;
+    int format = 0;
+    unsigned long count = 0, after = 0;
+    unsigned char* data = nullptr;
+    ASSERT_EQ(XGetWindowProperty(display_, parent_, property, 0, 1 << 20, True, AnyPropertyType, &type, &format, &count,
+                                 &after, &data),
+              Success);
+    const std::string copied(reinterpret_cast<const char*>(data), count);
+    XFree(data);
+    EXPECT_EQ(copied.rfind("TendranePatch:", 0), 0u) << copied;
+    EXPECT_EQ(readProgramText(copied).getName(), u"Radix Gravis");
+
+    {
+        // A patch from another program is pasted.
+        const NorvelleProgram other = factoryProgram(3);
+        ClipboardOwner owner(writeProgramText(other, false));
+        click(*in, w, MENU_X, MENU_Y);
+        click(*in, w, PASTE_X, PASTE_Y);
+        idleFor(*in, 200);
+        const std::u16string name = other.getName();
+        EXPECT_EQ(programName(*in), std::string(name.begin(), name.end()));
+        EXPECT_GE(owner.answered(), 1);
+    }
+    {
+        // Text that is not a patch pastes nothing.
+        const std::string before = programName(*in);
+        ClipboardOwner owner("just some words");
+        click(*in, w, MENU_X, MENU_Y);
+        click(*in, w, PASTE_X, PASTE_Y);
+        idleFor(*in, 200);
+        EXPECT_EQ(programName(*in), before);
+        EXPECT_GE(owner.answered(), 1);
+    }
+    EXPECT_EQ(in->call(effEditClose), 1);
+}
+
+// Holding the seed down sounds a note from the panel.
+TEST_F(EditorHost, PressingTheSeedSoundsANote) {
+    auto in = instanceWith(factoryProgram(0));
+    ASSERT_EQ(in->call(effEditOpen, 0, 0, reinterpret_cast<void*>(parent_)), 1);
+    idleFor(*in, 200);
+    const Window w = editorWindow();
+    ASSERT_NE(w, 0u);
+    std::vector<float> left, right;
+    in->render({}, 4096, left, right);
+    float quiet = 0;
+    for (float v : left) quiet = std::max(quiet, std::fabs(v));
+    EXPECT_EQ(quiet, 0.0f);
+
+    send(w, ButtonPress, 192, 264, 0);
+    idleFor(*in, 50);
+    in->render({}, 22050, left, right);
+    float loud = 0;
+    for (float v : left) loud = std::max(loud, std::fabs(v));
+    EXPECT_GT(loud, 0.001f);
+    send(w, ButtonRelease, 192, 264, Button1Mask);
+    idleFor(*in, 50);
     EXPECT_EQ(in->call(effEditClose), 1);
 }
