@@ -171,3 +171,20 @@ TEST_F(UrlFetchTest, TheAskerMayLetGoFirst) {
     while (!watch.expired() && std::chrono::steady_clock::now() < until) std::this_thread::sleep_for(2ms);
     EXPECT_TRUE(watch.expired());
 }
+
+TEST(UrlFetchDeathTest, TheProcessEndsWhileAFetchWaits) {
+    // At the end of the process the worker is stopped and joined: exit
+    // neither hangs nor crashes with a fetch in flight.
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(
+        {
+            httptest::Server server;
+            server.beSilent();
+            const auto fetch = platform::UrlFetch::start(server.url("/never"));
+            const auto until = std::chrono::steady_clock::now() + 5s;
+            while (server.requests().empty() && std::chrono::steady_clock::now() < until)
+                std::this_thread::sleep_for(1ms);
+            std::exit(server.requests().empty() ? 1 : 7);
+        },
+        ::testing::ExitedWithCode(7), "");
+}
