@@ -130,12 +130,16 @@ std::string EditorScripts::callFunction(View& target, std::string_view name, std
 
 std::optional<bool> EditorScripts::askMember(View& target, std::string_view name, std::string_view member,
                                              std::string_view params) {
-    const Quol::Value memberName = Quol::memberName(Quol::Value(name), member);
+    // Looked up as a variable is, but a missing member is the default
+    // answer and no failure: buttons ask at every refresh.
+    Quol::Value symbol = Quol::memberName(Quol::Value(name), member);
     Quol::Value function;
     try {
-        function = frame().get(memberName, true);
+        Quol::Frame& f = frame().resolve(symbol);
+        if (!f.lookup(symbol.view(), function) && !(&f != &f.root() && f.root().lookup(symbol.view(), function)))
+            return std::nullopt;
     } catch (const Quol::Exception&) {
-        return std::nullopt;  // no such member: the default answer
+        return std::nullopt;
     }
     Running running(*this, target);
     const Quol::Value arg(params);

@@ -31,7 +31,7 @@ TEST(MessageCatalogueTest, TheProductCatalogueHasTheTextsTheInterfaceNeeds) {
     EXPECT_GE(c.size(), 8u);
     EXPECT_EQ(c.lookup("Unexpected error"),
               "The operation could not be performed due to an unknown / unexpected error.");
-    EXPECT_EQ(c.lookup("No programs found"), "No programs found");
+    EXPECT_EQ(c.lookup("No programs found"), "No programs in chosen folder, select \"Browse Patches...\"");
     EXPECT_EQ(c.lookup("Error: ^E"), "The operation could not be performed due to the following error:\n^E.");
     EXPECT_EQ(c.lookup("Quol error: ^E\n^S"), "Internal script-code error: ^E\n\nStack\n----------\n^S");
     EXPECT_EQ(c.lookup("Change Wheel"), "Change Mod Wheel");
