@@ -99,13 +99,13 @@ struct Channel {
 // passes any other display's on. The editors of a process take turns.
 class ErrorTrap {
 public:
-    explicit ErrorTrap(Display* display) : hold_(turns()) {
+    explicit ErrorTrap(Display* display) : hold_(turns()), own_(display), first_(NextRequest(display)) {
         display_.store(display);
         failed_.store(false);
         previous_.store(XSetErrorHandler(&note));
     }
     ~ErrorTrap() {
-        XSync(display_.load(), False);
+        sync();
         XSetErrorHandler(previous_.load());
         display_.store(nullptr);
     }
@@ -114,7 +114,7 @@ public:
 
     // Whether a request so far failed.
     bool failed() {
-        XSync(display_.load(), False);
+        sync();
         return failed_.load();
     }
 
@@ -131,8 +131,17 @@ private:
         const XErrorHandler previous = previous_.load();
         return previous != nullptr ? previous(display, error) : 0;
     }
+    // Waits for the answers to the requests made under the trap; a tick
+    // that asked the server nothing waits for nothing.
+    void sync() {
+        if (NextRequest(own_) == first_) return;
+        XSync(own_, False);
+        first_ = NextRequest(own_);
+    }
 
     std::lock_guard<std::mutex> hold_;
+    Display* own_;
+    unsigned long first_;
     static inline std::atomic<Display*> display_{nullptr};
     static inline std::atomic<bool> failed_{false};
     static inline std::atomic<XErrorHandler> previous_{nullptr};
