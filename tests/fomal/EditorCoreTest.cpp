@@ -118,3 +118,59 @@ TEST(EditorCoreTest, NativeDialogsAnswerInsteadOfTheDrawnOnes) {
     e.core.actions().perform(e.root(), "popup", "{ items: { { \"Show\", \"showView\", \"box\" } } }", false);
     EXPECT_TRUE(e.core.dialogOpen());
 }
+
+// What fails while the editor opens is shown in its alert over an empty
+// panel; the editor goes on living and closes cleanly.
+namespace {
+
+struct Opening {
+    Fomal::StillHost host;
+    Fomal::VirtualClock clock;
+    Fomal::EditorCore core{host, clock};
+    std::vector<std::string> alerts;
+    Opening() {
+        core.onAlert = [this](const std::string& title, const std::string& text) { alerts.push_back(title + ": " + text); };
+    }
+};
+
+}  // namespace
+
+TEST(EditorCoreTest, AMissingStartScriptEndsTheOpeningWithItsAlert) {
+    Opening o;
+    Fomal::ScriptSetup setup;
+    setup.startScript = "nosuchscript.quol";
+    EXPECT_FALSE(o.core.open(setup, "main"));
+    ASSERT_EQ(o.alerts.size(), 1u);
+    EXPECT_NE(o.alerts[0].find("Could not load text resource"), std::string::npos) << o.alerts[0];
+    // The panel paints: the alert over an empty window.
+    EXPECT_FALSE(o.core.paint().isEmpty());
+    EXPECT_TRUE(o.core.dialogOpen());
+    o.core.idle();
+    o.core.close();
+}
+
+TEST(EditorCoreTest, AMissingLayoutEndsTheOpeningWithItsAlert) {
+    Opening o;
+    EXPECT_FALSE(o.core.open(Fomal::ScriptSetup(), "nosuchlayout"));
+    ASSERT_EQ(o.alerts.size(), 1u);
+    EXPECT_NE(o.alerts[0].find("Could not obtain layout : nosuchlayout"), std::string::npos) << o.alerts[0];
+    EXPECT_FALSE(o.core.paint().isEmpty());
+    o.core.close();
+}
+
+TEST(EditorCoreTest, ABrokenLayoutOrImageOrFontEndsTheOpeningWithItsAlert) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"views: { { type: \"raster\", image: \"noSuchImage\" } }", "Could not obtain image : noSuchImage"},
+        {"views: { { type: \"caption\", font: { fnt: \"noFont\" } } }", "Could not obtain font : noFont"},
+        {"views: { { type: \"noSuchType\" } }", "noSuchType"},
+        {"views: { { type: \"rectangle\", cursor: \"nosuch\" } }", "Unknown cursor: nosuch"},
+    };
+    for (const auto& [layout, message] : cases) {
+        Opening o;
+        EXPECT_FALSE(o.core.openText(Fomal::ScriptSetup(), layout)) << layout;
+        ASSERT_EQ(o.alerts.size(), 1u) << layout;
+        EXPECT_NE(o.alerts[0].find(message), std::string::npos) << o.alerts[0];
+        EXPECT_FALSE(o.core.paint().isEmpty());
+        o.core.close();
+    }
+}
