@@ -12,6 +12,7 @@
 #include "fomal/EditorCore.h"
 #include "notation/Notation.h"
 #include "patch/ParameterTable.h"
+#include "platform/Resources.h"
 #include "tests/views/ScriptTestHost.h"
 #include "views/LivingViews.h"
 #include "views/PlantMainPanel.h"
@@ -649,4 +650,28 @@ TEST(PlantViewTest, NotesFromTheSoundGlowOnTheirBranch) {
     const std::uint32_t before = dark[std::size_t(gy) * 384 + CX], now = e.core.pixels()[std::size_t(gy) * 384 + CX];
     EXPECT_GT(now & 0xFF, before & 0xFF);
     EXPECT_GT((now >> 8) & 0xFF, 0xC0u);
+}
+
+TEST(PlantViewTest, TheMainLayoutHoldsThePanelsPlantBetweenTheSeedAndTheJugglerLayer) {
+    const notation::Object layout = notation::parseObject(platform::productResources().find("FOMAL", "main").text());
+    const notation::Array views = notation::parseArray(layout.get("views"));
+    const notation::Object shared = notation::parseObject(views::mainPanelPlantLayout());
+    int seed = -1, plant = -1, juggler = -1;
+    for (std::size_t i = 0; i < views.size(); ++i) {
+        const notation::Object v = notation::parseObject(views[i]);
+        const std::string label = v.has("label") ? notation::readString(v.get("label")) : std::string();
+        if (label == "seed") seed = int(i);
+        if (label == "jugglerLayer") juggler = int(i);
+        if (label != "plant") continue;
+        plant = int(i);
+        // Every key as the shared text has it, and nothing else.
+        EXPECT_EQ(v.size(), shared.size());
+        for (const auto& [key, value] : shared.entries()) {
+            ASSERT_TRUE(v.has(key)) << key;
+            EXPECT_EQ(v.get(key), value) << key;
+        }
+    }
+    EXPECT_EQ(seed, 2);
+    EXPECT_EQ(plant, seed + 1);
+    EXPECT_EQ(juggler, plant + 1);
 }
