@@ -74,6 +74,9 @@ public:
         const std::string agent = urlFetchUserAgent();
         curl_easy_setopt(easy, CURLOPT_URL, fetch.url().c_str());
         curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
+        // A name lookup still running when the fetch is dropped is left to
+        // end on its own: closing the editor never waits for the resolver.
+        curl_easy_setopt(easy, CURLOPT_QUICK_EXIT, 1L);
         curl_easy_setopt(easy, CURLOPT_FOLLOWLOCATION, 1L);
         curl_easy_setopt(easy, CURLOPT_MAXREDIRS, 5L);
         curl_easy_setopt(easy, CURLOPT_PROTOCOLS_STR, "http,https");
