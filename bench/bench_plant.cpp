@@ -4,9 +4,18 @@
 // the time per frame and the lines and points of the frame.
 #include <benchmark/benchmark.h>
 
+#include <cmath>
+#include <memory>
 #include <vector>
 
+#include "fomal/Clock.h"
+#include "fomal/EditorCore.h"
+#include "fomal/MessageCatalogue.h"
 #include "patch/NorvelleProgram.h"
+#include "plugin/PluginCore.h"
+#include "plugin/PluginEditorHost.h"
+#include "views/ApplicationScripts.h"
+#include "views/LivingViews.h"
 #include "pixels/Surface.h"
 #include "views/PlantGeometry.h"
 #include "views/PlantMainPanel.h"
@@ -74,5 +83,109 @@ void BM_PlantFrameGrownAndPainted(benchmark::State& state) {
     state.SetLabel("ns per frame: geometry and painting");
 }
 BENCHMARK(BM_PlantFrameGrownAndPainted);
+
+// The line painter alone: lines of 1 to 120 pixels at every slope, drawn
+// over the panel's middle; reports nanoseconds per pixel touched along the
+// major axis (each touches two).
+void BM_PlantLinePainter(benchmark::State& state) {
+    const views::PlantCoverageTable table(2.0);
+    std::vector<OrlPixels::Pixel> block(384 * 512, 0xFF000000u);
+    OrlPixels::Surface surface(block.data(), 384, OrlPixels::IntRect(0, 0, 384, 512), true);
+    struct Line {
+        double x0, y0, x1, y1;
+    };
+    std::vector<Line> lines;
+    double pixels = 0.0;
+    for (int k = 0; k < 240; ++k) {
+        const double angle = k * 0.0261799;  // 1.5 degrees
+        const double length = 1.0 + (k * 37 % 120);
+        const double x0 = 192.3 + (k % 7), y0 = 264.6 - (k % 5);
+        const double x1 = x0 + std::cos(angle) * length, y1 = y0 + std::sin(angle) * length;
+        lines.push_back({x0, y0, x1, y1});
+        pixels += std::max(std::fabs(x1 - x0), std::fabs(y1 - y0));
+    }
+    const OrlPixels::Pixel color = 0x60406020u;
+    for (auto _ : state) {
+        for (const Line& l : lines) views::drawPlantLine(l.x0, l.y0, l.x1, l.y1, surface, table, color);
+        benchmark::DoNotOptimize(block.data());
+    }
+    state.counters["ns_per_pixel"] = benchmark::Counter(pixels * 1e-9 * double(state.iterations()),
+                                                        benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+    state.SetLabel("line painter, per pixel along the major axis");
+}
+BENCHMARK(BM_PlantLinePainter);
+
+VstIntPtr VST_CALL quietHost(AEffect*, VstInt32 opcode, VstInt32, VstIntPtr, void*, float) {
+    return opcode == audioMasterVersion ? 2400 : 0;
+}
+
+// The main panel open over a plug-in, with a patch whose plant is fully
+// grown, on a virtual clock.
+struct GrownPanel {
+    int limit = 100;
+    PluginCore plugin{&quietHost};
+    PluginEditorHost host{plugin, limit,
+                          [](std::string_view label) { return Fomal::MessageCatalogue::product().lookup(label); }};
+    Fomal::VirtualClock clock;
+    Fomal::EditorCore core{host, clock};
+    bool opened = false;
+
+    GrownPanel() {
+        views::registerLivingViews();
+        NorvelleProgram record;
+        record.seed = 0x5EA5C0A5u;
+        record.setParam(Param::Atonality, 0.55f);
+        for (int i = 0; i < BRANCH_COUNT; ++i) record.setParam(Param::Branch1 + i, 1.0f);
+        host.writeProgram(record);
+        plugin.resume();
+        opened = core.open(views::applicationScripts(host, core));
+        for (int i = 0; i < 200; ++i) frame();
+    }
+    ~GrownPanel() { core.close(); }
+    // One frame of the panel's 30 a second: the tick and what it invalidated.
+    void frame() {
+        clock.advance(33);
+        core.idle();
+        core.paint();
+    }
+};
+
+// A full repaint of the main panel with the grown plant: every view, the
+// plant grown and painted, the bulb's glass over it.
+void BM_MainPanelRepaintWithGrownPlant(benchmark::State& state) {
+    GrownPanel panel;
+    if (!panel.opened) state.SkipWithError("the editor did not open");
+    const OrlPixels::IntRect whole(0, 0, Fomal::EditorCore::WIDTH, Fomal::EditorCore::HEIGHT);
+    for (auto _ : state) {
+        panel.core.invalidate(whole);
+        benchmark::DoNotOptimize(panel.core.paint());
+    }
+    state.SetLabel("full repaint of the main panel, grown plant");
+}
+BENCHMARK(BM_MainPanelRepaintWithGrownPlant)->Unit(benchmark::kMillisecond);
+
+// One second of the plant swaying with notes on every branch at 30 frames a
+// second: the view's ticks, the repaint of what they invalidate. The time
+// per iteration over one second is the share of a core.
+void BM_PlantSwayingOneSecondAt30Fps(benchmark::State& state) {
+    GrownPanel panel;
+    if (!panel.opened) state.SkipWithError("the editor did not open");
+    VisualState notes;
+    for (int i = 0; i < BRANCH_COUNT; ++i) {
+        notes.levelLow[i] = 0.4f;
+        notes.levelHigh[i] = 0.3f;
+        notes.flash[i] = 0.5f;
+    }
+    for (auto _ : state) {
+        for (int f = 0; f < 30; ++f) {
+            panel.plugin.visualState().publish(notes);
+            panel.frame();
+        }
+    }
+    state.counters["core_percent"] = benchmark::Counter(
+        double(state.iterations()) / 100.0, benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+    state.SetLabel("one second of frames; core_percent = share of one core");
+}
+BENCHMARK(BM_PlantSwayingOneSecondAt30Fps)->Unit(benchmark::kMillisecond);
 
 }  // namespace
