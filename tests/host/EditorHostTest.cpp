@@ -52,6 +52,14 @@ const bool privatePreferences = [] {
 
 Library& library() { return Library::get(TENDRANE_PLUGIN_BINARY); }
 
+// An X server resets when its last client leaves, and refuses connections
+// while it does: one connection stays open for the whole run, so that the
+// server lives from test to test.
+Display* keepServerAlive() {
+    static Display* display = XOpenDisplay(nullptr);
+    return display;
+}
+
 int countEntries(const char* folder) {
     int n = 0;
     if (DIR* d = opendir(folder)) {
@@ -86,6 +94,7 @@ protected:
     void SetUp() override {
         ASSERT_TRUE(privatePreferences);
         ASSERT_TRUE(library().pluginMain) << library().error;
+        ASSERT_NE(keepServerAlive(), nullptr) << "no X server: this test runs under xvfb-run";
         display_ = XOpenDisplay(nullptr);
         ASSERT_NE(display_, nullptr) << "no X server: this test runs under xvfb-run";
         const int screen = DefaultScreen(display_);
