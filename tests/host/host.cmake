@@ -51,7 +51,7 @@ if(X11_FOUND AND NOT WIN32)
   add_dependencies(plugin_editor_host_tests tendrane_vst tendrane)
   if(TENDRANE_XVFB_RUN)
     add_test(NAME host_editor_x11
-             COMMAND ${TENDRANE_XVFB_RUN} -a -s "-screen 0 1280x1024x24" $<TARGET_FILE:plugin_editor_host_tests>)
+             COMMAND ${TENDRANE_XVFB_RUN} -a -s "-screen 0 1280x1024x24 -noreset" $<TARGET_FILE:plugin_editor_host_tests>)
   else()
     # Without Xvfb the test cannot run, and says so rather than pass.
     add_test(NAME host_editor_x11 COMMAND sh -c "echo 'xvfb-run is missing: tools/setup-debian.sh host' >&2; exit 1")
