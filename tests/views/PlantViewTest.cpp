@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "fomal/EditorCore.h"
+#include "fomal/ScriptRandom.h"
 #include "notation/Notation.h"
 #include "patch/ParameterTable.h"
 #include "platform/Resources.h"
@@ -674,4 +675,17 @@ TEST(PlantViewTest, TheMainLayoutHoldsThePanelsPlantBetweenTheSeedAndTheJugglerL
     EXPECT_EQ(seed, 2);
     EXPECT_EQ(plant, seed + 1);
     EXPECT_EQ(juggler, plant + 1);
+}
+
+TEST(PlantViewTest, APlantedSeedComesFromTheGeneratorTheScriptsShare) {
+    Plant e(withBranches({0.5f}));
+    e.host.selected = 0;
+    Fomal::ScriptRandom::process() = Fomal::ScriptRandom(0x12345678u, 0x9ABCDEF0u);
+    Fomal::ScriptRandom expected(0x12345678u, 0x9ABCDEF0u);
+    const std::uint32_t word = expected.nextWord();
+    e.view().performOwn("plant", "");
+    EXPECT_EQ(e.host.current.seed, word == 0 ? 1u : word);
+    // One step taken: the scripts go on from there.
+    EXPECT_EQ(Fomal::ScriptRandom::process().a(), expected.a());
+    EXPECT_EQ(Fomal::ScriptRandom::process().b(), expected.b());
 }
