@@ -5,6 +5,7 @@
 #include <mutex>
 
 #include "fomal/ViewFactory.h"
+#include "views/KeyRingView.h"
 #include "views/MidiCCView.h"
 #include "views/PlantView.h"
 
@@ -20,6 +21,7 @@ std::unique_ptr<Fomal::View> make(const Fomal::ViewBuild& build) {
 constexpr Fomal::ViewType LIVING_TYPES[] = {
     {"midiCC", make<MidiCCView>},
     {"plant", make<PlantView>},
+    {"keyRing", make<KeyRingView>},
 };
 
 }  // namespace
