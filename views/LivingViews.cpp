@@ -8,6 +8,7 @@
 #include "views/KeyRingView.h"
 #include "views/MidiCCView.h"
 #include "views/PlantView.h"
+#include "views/StaticPlantView.h"
 
 namespace views {
 
@@ -22,6 +23,7 @@ constexpr Fomal::ViewType LIVING_TYPES[] = {
     {"midiCC", make<MidiCCView>},
     {"plant", make<PlantView>},
     {"keyRing", make<KeyRingView>},
+    {"staticPlant", make<StaticPlantView>},
 };
 
 }  // namespace
