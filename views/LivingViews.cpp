@@ -5,6 +5,7 @@
 #include <mutex>
 
 #include "fomal/ViewFactory.h"
+#include "views/JugglerView.h"
 #include "views/KeyRingView.h"
 #include "views/MidiCCView.h"
 #include "views/PlantView.h"
@@ -24,6 +25,7 @@ constexpr Fomal::ViewType LIVING_TYPES[] = {
     {"plant", make<PlantView>},
     {"keyRing", make<KeyRingView>},
     {"staticPlant", make<StaticPlantView>},
+    {"juggler", make<JugglerView>},
 };
 
 }  // namespace
