@@ -7,6 +7,7 @@
 #include "fomal/ViewFactory.h"
 #include "views/JugglerView.h"
 #include "views/KeyRingView.h"
+#include "views/MarkerView.h"
 #include "views/MidiCCView.h"
 #include "views/PlantView.h"
 #include "views/StaticPlantView.h"
@@ -26,6 +27,7 @@ constexpr Fomal::ViewType LIVING_TYPES[] = {
     {"keyRing", make<KeyRingView>},
     {"staticPlant", make<StaticPlantView>},
     {"juggler", make<JugglerView>},
+    {"ring", make<MarkerView>},
 };
 
 }  // namespace
