@@ -1,0 +1,244 @@
+// The panel's layouts opened headlessly as a host would open them: the
+// controller overlay, the about page, the juggler and the key ring, each
+// drawn as stored pixel for pixel (TENDRANE_WRITE_GOLDEN=1 replaces the
+// stored pictures, only after looking at them), and their view trees.
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <regex>
+#include <string>
+#include <vector>
+
+#include "cli/Command.h"
+#include "fomal/EditorCore.h"
+#include "fomal/LayoutView.h"
+#include "fomal/StillHost.h"
+#include "pixels/Png.h"
+#include "views/LivingViews.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+const fs::path GOLDEN = fs::path(TENDRANE_SOURCE_DIR) / "tests/golden/panel";
+
+// A folder of its own for one test's files, gone when the test ends.
+struct Scratch {
+    fs::path dir = fs::temp_directory_path() /
+                   ("tendrane-layouts-" + std::to_string(std::chrono::steady_clock::now().time_since_epoch().count()));
+    Scratch() { fs::create_directories(dir); }
+    ~Scratch() { fs::remove_all(dir); }
+    fs::path write(const char* name, const std::string& text) const {
+        std::ofstream(dir / name, std::ios::binary) << text;
+        return dir / name;
+    }
+};
+
+std::vector<std::uint8_t> readBytes(const fs::path& p) {
+    std::ifstream in(p, std::ios::binary);
+    return std::vector<std::uint8_t>((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+}
+
+// The picture made against the stored one of that name.
+void expectAsStored(const fs::path& made, const char* name) {
+    const std::vector<std::uint8_t> bytes = readBytes(made);
+    ASSERT_FALSE(bytes.empty()) << name;
+    const char* write = std::getenv("TENDRANE_WRITE_GOLDEN");
+    if (write != nullptr && std::string(write) == "1")
+        std::ofstream(GOLDEN / name, std::ios::binary)
+            .write(reinterpret_cast<const char*>(bytes.data()), std::streamsize(bytes.size()));
+    const std::vector<std::uint8_t> stored = readBytes(GOLDEN / name);
+    ASSERT_FALSE(stored.empty()) << name;
+    const OrlPixels::DecodedPng a = OrlPixels::decodePng(bytes.data(), bytes.size());
+    const OrlPixels::DecodedPng b = OrlPixels::decodePng(stored.data(), stored.size());
+    ASSERT_EQ(a.width, 384);
+    ASSERT_EQ(a.height, 512);
+    ASSERT_EQ(b.pixels.size(), a.pixels.size()) << name;
+    std::size_t differing = 0;
+    for (std::size_t i = 0; i < a.pixels.size(); ++i) differing += a.pixels[i] != b.pixels[i];
+    EXPECT_EQ(differing, 0u) << name;
+}
+
+// Runs the panel; returns standard output, and fails the test on a status
+// other than 0 or on an alert.
+std::string panel(const std::vector<std::string>& args) {
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    const int status = cli::runPanel(args);
+    const std::string err = testing::internal::GetCapturedStderr();
+    const std::string out = testing::internal::GetCapturedStdout();
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(err, "");
+    return out;
+}
+
+std::size_t count(const std::string& text, const std::string& what) {
+    std::size_t n = 0;
+    for (std::size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + 1)) ++n;
+    return n;
+}
+
+// The lower half of the main panel without the plant: the black bulb, the
+// panel's picture and the key ring as the main layout has them.
+const char* const BULB_AND_RING = R"(
+views: {
+    { type: "rectangle", bounds: { 65, 135, 256, 256 }, fill: 0xFF000000 }
+    %s
+    { type: "raster", image: { name: "BGOverlay", format: "rle" } }
+    { type: "keyRing", bounds: { 42, 113, 300, 300 }, film: { name: "KeyRingFilm", format: "rle" }, hint: "Play Notes",
+      innerRadius: 117, outerRadius: 142 }
+}
+)";
+
+std::string bulbAndRing(const std::string& between) {
+    std::string text = BULB_AND_RING;
+    text.replace(text.find("%s"), 2, between);
+    return text;
+}
+
+}  // namespace
+
+TEST(PanelLayoutsTest, TheMainPanelHasItsKeyRingBetweenThePictureAndTheArcSliders) {
+    const std::string tree = panel({"--tree"});
+    const std::size_t picture = tree.find("{\"type\": \"raster\", \"label\": \"\", \"bounds\": [0, 0, 384, 512]");
+    const std::size_t ring = tree.find("{\"type\": \"keyRing\", \"label\": \"\", \"bounds\": [42, 113, 300, 300]");
+    const std::size_t arc = tree.find("{\"type\": \"arcSlider\", \"label\": \"Tuning\"");
+    ASSERT_NE(picture, std::string::npos) << tree;
+    ASSERT_NE(ring, std::string::npos) << tree;
+    ASSERT_NE(arc, std::string::npos) << tree;
+    EXPECT_LT(picture, ring);
+    EXPECT_LT(ring, arc);
+    // Nothing stands between them.
+    EXPECT_EQ(count(tree.substr(picture + 1, ring - picture - 1), "{\"type\""), 0u);
+    EXPECT_EQ(count(tree.substr(ring + 1, arc - ring - 1), "{\"type\""), 0u);
+    EXPECT_EQ(count(tree, "\"type\": \"keyRing\""), 1u);
+}
+
+TEST(PanelLayoutsTest, TheControllerOverlayHasAPlateForEachOfFourteenFunctions) {
+    const std::string tree = panel({"--layout", "midi", "--tree"});
+    EXPECT_EQ(count(tree, "\"type\": \"midiCC\""), 14u) << tree;
+    const char* plates[] = {
+        "\"ccTuning\", \"bounds\": [15, 153, 35, 18]",      "\"ccAtonality\", \"bounds\": [331, 153, 35, 18]",
+        "\"ccEffect\", \"bounds\": [15, 359, 35, 18]",      "\"ccRelease\", \"bounds\": [331, 359, 35, 18]",
+        "\"ccWheelScale\", \"bounds\": [60, 438, 35, 18]",  "\"ccVelSens\", \"bounds\": [176, 438, 35, 18]",
+        "\"ccVolume\", \"bounds\": [291, 438, 35, 18]",     "\"ccTriggerC\", \"bounds\": [134, 292, 110, 18]",
+        "\"ccModWheel\", \"bounds\": [134, 315, 110, 18]",  "\"ccRotation\", \"bounds\": [134, 338, 110, 18]",
+        "\"ccTriggerA\", \"bounds\": [88, 26, 35, 18]",     "\"ccTriggerB\", \"bounds\": [128, 26, 35, 18]",
+        "\"ccTriggerE\", \"bounds\": [166, 26, 35, 18]",    "\"ccTriggerF\", \"bounds\": [344, 26, 35, 18]",
+    };
+    for (const char* p : plates) EXPECT_NE(tree.find(std::string("\"label\": ") + p), std::string::npos) << p;
+    // Above the plates the click that ends listening, then the close button
+    // at the top right.
+    const std::size_t click = tree.find("{\"type\": \"click\", \"label\": \"\", \"bounds\": [0, 0, 384, 512]");
+    const std::size_t close = tree.find("{\"type\": \"button\", \"label\": \"\", \"bounds\": [364, 4, 16, 16]");
+    ASSERT_NE(click, std::string::npos) << tree;
+    ASSERT_NE(close, std::string::npos) << tree;
+    EXPECT_LT(tree.find("ccTriggerF"), click);
+    EXPECT_LT(click, close);
+}
+
+TEST(PanelLayoutsTest, EachPlatesHintNamesItsFunction) {
+    views::registerLivingViews();
+    Fomal::StillHost host;
+    Fomal::VirtualClock clock;
+    Fomal::EditorCore core(host, clock);
+    core.openLayout("midi");
+    const struct {
+        int x, y;
+        const char* name;
+    } plates[] = {{20, 160, "Tuning"},        {340, 160, "Atonality"},          {20, 365, "Effect"},
+                  {340, 365, "Release"},      {70, 445, "Mod Wheel Scaling"},   {185, 445, "Velocity Sensitivity"},
+                  {300, 445, "Volume"},       {180, 300, "Plant Seed"},         {180, 322, "Mod Wheel"},
+                  {180, 345, "Rotation"},     {95, 33, "Undo"},                 {135, 33, "Redo"},
+                  {175, 33, "Previous Patch"}, {350, 33, "Next Patch"}};
+    for (const auto& p : plates) {
+        core.mouseMove({p.x, p.y, 0});
+        for (std::int64_t i = 0; i < Fomal::EditorCore::HINT_DELAY_MS; ++i) {
+            clock.advance(1);
+            core.idle();
+        }
+        EXPECT_EQ(core.hint().text(),
+                  std::string("\"") + p.name + "\" controller no. (click to reset & learn, drag to change)");
+    }
+    // A click on a plate listens for its controller.
+    core.mouseDown({20, 160, Fomal::LEFT_BIT});
+    core.mouseUp({20, 160, Fomal::LEFT_BIT});
+    EXPECT_EQ(host.learningFunction(), 2);
+}
+
+TEST(PanelLayoutsTest, TheControllerOverlayDrawsAsStored) {
+    Scratch s;
+    const fs::path events = s.write("midi.events", "wait 100\nclick 20 160\nwait 10\n");
+    panel({"--layout", "midi", "--events", events.string(), "-o", (s.dir / "midi.png").string()});
+    expectAsStored(s.dir / "midi.png", "layout-midi.png");
+}
+
+TEST(PanelLayoutsTest, TheAboutPageHoldsItsPlantAndItsWays) {
+    const std::string tree = panel({"--layout", "about", "--tree"});
+    EXPECT_NE(tree.find("{\"type\": \"fomal\", \"label\": \"\", \"bounds\": [12, 82, 360, 420]"), std::string::npos)
+        << tree;
+    EXPECT_NE(tree.find("{\"type\": \"staticPlant\", \"label\": \"\", \"bounds\": [12, 82, 184, 230]"),
+              std::string::npos);
+    EXPECT_NE(tree.find("{\"type\": \"caption\", \"label\": \"\", \"bounds\": [252, 450, 100, 18]"), std::string::npos);
+    EXPECT_NE(tree.find("{\"type\": \"click\", \"label\": \"\", \"bounds\": [194, 473, 160, 18]"), std::string::npos);
+    EXPECT_NE(tree.find("{\"type\": \"button\", \"label\": \"\", \"bounds\": [352, 86, 16, 16]"), std::string::npos);
+}
+
+TEST(PanelLayoutsTest, TheAboutPageDrawsAsStoredWithItsPlantGrown) {
+    Scratch s;
+    const fs::path events = s.write("about.events", "wait 6000\nshot " + (s.dir / "growing.png").string() +
+                                                        "\nwait 9500\n");
+    panel({"--layout", "about", "--events", events.string(), "-o", (s.dir / "about.png").string()});
+    expectAsStored(s.dir / "growing.png", "layout-about-growing.png");
+    expectAsStored(s.dir / "about.png", "layout-about.png");
+}
+
+TEST(PanelLayoutsTest, TheMainPanelsTriggersOpenAndCloseTheJuggler) {
+    // The main panel with two clicks of its own that fire its juggler
+    // triggers, as the plug-in does for the patch "Jingle Balls".
+    Scratch s;
+    const fs::path layout = s.write("juggle.fomal", R"(
+views: {
+    { type: "fomal", layout: "main", label: "panel" }
+    { type: "click", bounds: { 0, 500, 10, 12 }, action: "trigger", params: { what: "openJuggler", label: "panel" } }
+    { type: "click", bounds: { 374, 500, 10, 12 }, action: "trigger", params: { what: "closeJuggler", label: "panel" } }
+}
+)");
+    const fs::path open = s.write("open.events", "click 5 505\nwait 100\n");
+    std::string tree = panel({"--layout-file", layout.string(), "--events", open.string(), "--tree"});
+    const std::regex layer(R"(\{"type": "fomal", "label": "jugglerLayer", "bounds": \[0, 0, 384, 512\], "visible": true, "children": \[\s*\{"type": "fomal", "label": "juggler", "bounds": \[0, 0, 384, 512\], "visible": true, "children": \[\s*\{"type": "juggler", "label": "balls", "bounds": \[42, 113, 300, 300\])");
+    EXPECT_TRUE(std::regex_search(tree, layer)) << tree;
+    const fs::path both = s.write("both.events", "click 5 505\nwait 100\nclick 378 505\nwait 100\n");
+    tree = panel({"--layout-file", layout.string(), "--events", both.string(), "--tree"});
+    EXPECT_EQ(tree.find("\"type\": \"juggler\""), std::string::npos) << tree;
+    EXPECT_NE(tree.find("{\"type\": \"fomal\", \"label\": \"jugglerLayer\", \"bounds\": [0, 0, 384, 512], \"visible\": true, \"children\": []}"),
+              std::string::npos)
+        << tree;
+}
+
+TEST(PanelLayoutsTest, TheJugglerDrawsAsStoredInTheBulb) {
+    Scratch s;
+    const fs::path layout = s.write("juggler.fomal", bulbAndRing("{ type: \"fomal\", layout: \"juggler\" }"));
+    const fs::path events = s.write("juggler.events", "wait 1500\n");
+    panel({"--layout-file", layout.string(), "--events", events.string(), "-o", (s.dir / "juggler.png").string()});
+    expectAsStored(s.dir / "juggler.png", "layout-juggler.png");
+}
+
+TEST(PanelLayoutsTest, AKeyOfTheRingPressedDrawsAsStored) {
+    Scratch s;
+    const fs::path layout = s.write("ring.fomal", bulbAndRing(""));
+    // Key 2 (D), at 150 degrees: lower left.
+    const fs::path events =
+        s.write("ring.events", "down 79 327\nwait 50\nshot " + (s.dir / "pressed.png").string() + "\nup 79 327\n");
+    panel({"--layout-file", layout.string(), "--events", events.string(), "-o", (s.dir / "released.png").string()});
+    expectAsStored(s.dir / "pressed.png", "view-keyring-pressed.png");
+    // Released, no key is lit: the same picture as before any press.
+    const fs::path none = s.write("none.events", "wait 50\n");
+    panel({"--layout-file", layout.string(), "--events", none.string(), "-o", (s.dir / "untouched.png").string()});
+    EXPECT_EQ(readBytes(s.dir / "released.png"), readBytes(s.dir / "untouched.png"));
+    EXPECT_NE(readBytes(s.dir / "released.png"), readBytes(s.dir / "pressed.png"));
+}
