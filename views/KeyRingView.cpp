@@ -5,6 +5,7 @@
 #include "fomal/EditorCore.h"
 #include "fomal/EditorHost.h"
 #include "fomal/LayoutValues.h"
+#include "views/ProgramHost.h"
 
 namespace views {
 
@@ -21,6 +22,29 @@ KeyRingView::KeyRingView(const Fomal::ViewBuild& build) : View(build) {
     if (k.has("film")) film_.emplace(Fomal::readImage(k.get("film")), r.width, r.height);
     innerRadius_ = Fomal::tamed(Fomal::readNumber(k.get("innerRadius"), float(innerRadius_)));
     outerRadius_ = Fomal::tamed(Fomal::readNumber(k.get("outerRadius"), float(outerRadius_)));
+    heard_ = keysHeard();
+    askForTicks(LISTEN_RATE);
+}
+
+unsigned KeyRingView::keysHeard() const {
+    const auto* program = dynamic_cast<const ProgramHost*>(&editor().host());
+    VisualState state;
+    if (program == nullptr || !program->visualState(state)) return 0;
+    // The sound gives note n to branch n - steps: branch b sounds the key
+    // of b + steps.
+    const long steps = std::lround(12.0f * program->parameter(Param::Rotation)) % KEY_COUNT;
+    unsigned keys = 0;
+    for (int b = 0; b < VisualState::BRANCHES; ++b)
+        if (state.levelLow[b] + state.levelHigh[b] >= SOUNDING_LEVEL)
+            keys |= 1u << ((b + steps + 2 * KEY_COUNT) % KEY_COUNT);
+    return keys;
+}
+
+void KeyRingView::idle(std::int64_t) {
+    const unsigned heard = keysHeard();
+    if (heard == heard_) return;
+    heard_ = heard;
+    invalidate();
 }
 
 int KeyRingView::keyAt(int x, int y) const {
@@ -74,9 +98,11 @@ void KeyRingView::mouseUp(const Fomal::MouseEvent&) {
 }
 
 void KeyRingView::draw(OrlPixels::Surface& surface, const OrlPixels::IntRect&) {
-    if (sounding_ < 0 || !film_) return;
+    const unsigned lit = litKeys();
+    if (lit == 0 || !film_) return;
     const OrlPixels::IntRect r = pixelRect();
-    film_->drawFrame(surface, sounding_, r.left, r.top);
+    for (int k = 0; k < KEY_COUNT; ++k)
+        if ((lit & (1u << k)) != 0) film_->drawFrame(surface, k, r.left, r.top);
 }
 
 }  // namespace views

@@ -242,3 +242,18 @@ TEST(PanelLayoutsTest, AKeyOfTheRingPressedDrawsAsStored) {
     EXPECT_EQ(readBytes(s.dir / "released.png"), readBytes(s.dir / "untouched.png"));
     EXPECT_NE(readBytes(s.dir / "released.png"), readBytes(s.dir / "pressed.png"));
 }
+
+TEST(PanelLayoutsTest, TheKeysOfAChordPlayedOnTheKeyboardAreLitWhileItSounds) {
+    Scratch s;
+    const fs::path layout = s.write("ring.fomal", bulbAndRing(""));
+    // C, E and G through the plug-in's MIDI input: keys 0, 4 and 7.
+    const fs::path events = s.write("chord.events", "note 60 100\nnote 64 100\nnote 67 100\nwait 300\nshot " +
+                                                        (s.dir / "chord.png").string() +
+                                                        "\nnoteoff 60\nnoteoff 64\nnoteoff 67\nwait 4000\n");
+    panel({"--layout-file", layout.string(), "--events", events.string(), "-o", (s.dir / "after.png").string()});
+    expectAsStored(s.dir / "chord.png", "view-keyring-chord.png");
+    // Once the chord has died away no key is lit.
+    const fs::path none = s.write("none.events", "wait 50\n");
+    panel({"--layout-file", layout.string(), "--events", none.string(), "-o", (s.dir / "untouched.png").string()});
+    EXPECT_EQ(readBytes(s.dir / "after.png"), readBytes(s.dir / "untouched.png"));
+}

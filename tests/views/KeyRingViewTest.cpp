@@ -25,8 +25,17 @@ std::string layout(std::string_view keys = "") {
            std::string(keys) + " } }";
 }
 
+// A patch behind the panel whose sound the test decides.
+struct SoundingHost : viewtest::ScriptTestHost {
+    VisualState sound;
+    bool visualState(VisualState& state) const override {
+        state = sound;
+        return true;
+    }
+};
+
 struct Ring {
-    viewtest::ScriptTestHost host;
+    SoundingHost host;
     Fomal::VirtualClock clock;
     Fomal::EditorCore core{host, clock};
 
@@ -197,4 +206,59 @@ TEST(KeyRingViewTest, BadKeysFailWithTheirReadersMessages) {
               "Could not obtain image : NoSuchFilm");
     EXPECT_EQ(viewtest::failureOf("views: { { type: \"keyRing\", film: { name: \"KeyRingFilm\", format: \"zip\" } } }"),
               "Unknown image format specification: zip");
+}
+
+TEST(KeyRingViewTest, TheKeysOfNotesTheSoundPlaysAreLit) {
+    Ring r;
+    const auto lit = [&](int degrees) {
+        const std::vector<std::uint32_t> p = r.shot();
+        return p[std::size_t(py(degrees, 130)) * 384 + std::size_t(px(degrees, 130))] != BLACK;
+    };
+    EXPECT_EQ(r.view().litKeys(), 0u);
+    // Branch 4 sounds: E, key 4 at 210 degrees, is lit at the view's next look.
+    r.host.sound.levelLow[4] = 0.3f;
+    r.wait(1000 / 30 + 1);
+    EXPECT_EQ(r.view().litKeys(), 1u << 4);
+    EXPECT_TRUE(lit(210));
+    EXPECT_FALSE(lit(90));
+    // A chord: the bright part of a level counts as much.
+    r.host.sound.levelHigh[7] = 0.25f;
+    r.wait(1000 / 30 + 1);
+    EXPECT_EQ(r.view().litKeys(), 1u << 4 | 1u << 7);
+    // A note that has faded far enough is no longer heard.
+    r.host.sound.levelLow[4] = 0.1f;
+    r.host.sound.levelHigh[4] = 0.05f;
+    r.wait(1000 / 30 + 1);
+    EXPECT_EQ(r.view().litKeys(), 1u << 7);
+    EXPECT_FALSE(lit(210));
+    // The mouse's key and the heard ones are lit together.
+    r.core.mouseDown({CX, CY + 130, Fomal::LEFT_BIT});
+    EXPECT_EQ(r.view().litKeys(), 1u | 1u << 7);
+    r.core.mouseUp({CX, CY + 130, Fomal::LEFT_BIT});
+    EXPECT_EQ(r.view().litKeys(), 1u << 7);
+    // A flash alone, the start of a note, is not yet a sound.
+    r.host.sound = VisualState();
+    r.host.sound.flash[2] = 1.0f;
+    r.wait(1000 / 30 + 1);
+    EXPECT_EQ(r.view().litKeys(), 0u);
+}
+
+TEST(KeyRingViewTest, ATurnedPlantsBranchSoundsTheKeyBesideIt) {
+    // With the plant turned by n steps the sound gives note k + n to
+    // branch k, so branch k lights the key of k + n.
+    Ring r;
+    r.host.sound.levelLow[4] = 0.5f;
+    r.host.setParameter(Param::Rotation, 1.0f / 12.0f);
+    r.wait(1000 / 30 + 1);
+    EXPECT_EQ(r.view().litKeys(), 1u << 5);
+    r.host.setParameter(Param::Rotation, 0.5f);
+    r.wait(1000 / 30 + 1);
+    EXPECT_EQ(r.view().litKeys(), 1u << 10);
+    // Steps round to the nearest, halves away from zero; a whole turn is none.
+    r.host.setParameter(Param::Rotation, 2.5f / 12.0f);
+    r.wait(1000 / 30 + 1);
+    EXPECT_EQ(r.view().litKeys(), 1u << 7);
+    r.host.setParameter(Param::Rotation, 1.0f);
+    r.wait(1000 / 30 + 1);
+    EXPECT_EQ(r.view().litKeys(), 1u << 4);
 }
