@@ -26,6 +26,15 @@ KeyRingView::KeyRingView(const Fomal::ViewBuild& build) : View(build) {
     askForTicks(LISTEN_RATE);
 }
 
+KeyRingView::~KeyRingView() {
+    if (sounding_ < 0) return;
+    try {
+        editor().host().previewNote(false, FIRST_NOTE + sounding_, 0);
+    } catch (...) {
+        // The note had nowhere to go.
+    }
+}
+
 unsigned KeyRingView::keysHeard() const {
     const auto* program = dynamic_cast<const ProgramHost*>(&editor().host());
     VisualState state;

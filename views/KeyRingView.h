@@ -34,6 +34,8 @@ public:
     static constexpr float SOUNDING_LEVEL = 0.2f;
 
     explicit KeyRingView(const Fomal::ViewBuild& build);
+    // A ring that goes while a key is held ends its note.
+    ~KeyRingView() override;
 
     bool takesMouse() const override { return true; }
     bool hitsAt(int x, int y) const override { return keyAt(x, y) >= 0; }

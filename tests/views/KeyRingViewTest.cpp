@@ -262,3 +262,14 @@ TEST(KeyRingViewTest, ATurnedPlantsBranchSoundsTheKeyBesideIt) {
     r.wait(1000 / 30 + 1);
     EXPECT_EQ(r.view().litKeys(), 1u << 4);
 }
+
+TEST(KeyRingViewTest, ARingThatGoesWhileAKeyIsHeldEndsItsNote) {
+    Ring r;
+    r.core.mouseDown({CX, CY + 130, Fomal::LEFT_BIT});
+    // The panel is built anew under the held key.
+    r.core.openLayoutText("views: { }");
+    r.core.idle();
+    EXPECT_EQ(r.host.notes, (std::vector<std::string>{"down 60 100", "up 60 0"}));
+    r.core.mouseUp({CX, CY + 130, Fomal::LEFT_BIT});
+    EXPECT_EQ(r.host.notes.size(), 2u);
+}
