@@ -1,7 +1,8 @@
 // The fetch transport on Windows: WinINet, synchronous on the worker's
-// thread, with the session's connect, send and receive time-outs and an
-// overall limit checked between reads. Stopping closes the session from
-// the stopping thread, which ends the call that waits inside it.
+// thread, with the request's connect, send and receive time-outs and an
+// overall limit checked between reads. Stopping closes the request, its
+// connection and the session from the stopping thread, which ends a call
+// that waits on them where the system allows; else it ends by its time-out.
 #include <windows.h>
 #include <wininet.h>
 
@@ -55,11 +56,42 @@ public:
 
         std::string failure, body;
         bool ok = false;
-        if (!(fetch.abandoned() || stopping.load())) {
-            const DWORD flags = INTERNET_FLAG_RELOAD | INTERNET_FLAG_NO_CACHE_WRITE | INTERNET_FLAG_NO_UI |
-                                INTERNET_FLAG_NO_COOKIES | INTERNET_FLAG_PRAGMA_NOCACHE;
-            HINTERNET request = InternetOpenUrlA(session, fetch.url().c_str(), nullptr, 0, flags, 0);
-            if (request == nullptr) {
+        HINTERNET connection = nullptr, request = nullptr;
+        URL_COMPONENTSA parts{};
+        char host[256] = {}, path[2048] = {}, extra[2048] = {};
+        parts.dwStructSize = sizeof parts;
+        parts.lpszHostName = host;
+        parts.dwHostNameLength = sizeof host;
+        parts.lpszUrlPath = path;
+        parts.dwUrlPathLength = sizeof path;
+        parts.lpszExtraInfo = extra;
+        parts.dwExtraInfoLength = sizeof extra;
+        if (fetch.abandoned() || stopping.load()) {
+            failure = "cancelled";
+        } else if (!InternetCrackUrlA(fetch.url().c_str(), 0, 0, &parts) ||
+                   (parts.nScheme != INTERNET_SCHEME_HTTP && parts.nScheme != INTERNET_SCHEME_HTTPS)) {
+            failure = "not a web address";
+        } else {
+            connection = InternetConnectA(session, host, parts.nPort, nullptr, nullptr, INTERNET_SERVICE_HTTP, 0, 0);
+            const std::string target = std::string(path[0] != 0 ? path : "/") + extra;
+            DWORD flags = INTERNET_FLAG_RELOAD | INTERNET_FLAG_NO_CACHE_WRITE | INTERNET_FLAG_NO_UI |
+                          INTERNET_FLAG_NO_COOKIES | INTERNET_FLAG_PRAGMA_NOCACHE;
+            if (parts.nScheme == INTERNET_SCHEME_HTTPS) flags |= INTERNET_FLAG_SECURE;
+            if (connection != nullptr)
+                request = HttpOpenRequestA(connection, "GET", target.c_str(), nullptr, nullptr, nullptr, flags, 0);
+            {
+                std::lock_guard<std::mutex> lock(lock_);
+                connection_ = connection;
+                request_ = request;
+            }
+            if (request != nullptr) {
+                // The request's own time-outs: those of the session do not
+                // reach every call on every system.
+                InternetSetOptionA(request, INTERNET_OPTION_CONNECT_TIMEOUT, &connect, sizeof connect);
+                InternetSetOptionA(request, INTERNET_OPTION_SEND_TIMEOUT, &total, sizeof total);
+                InternetSetOptionA(request, INTERNET_OPTION_RECEIVE_TIMEOUT, &total, sizeof total);
+            }
+            if (request == nullptr || !HttpSendRequestA(request, nullptr, 0, nullptr, 0)) {
                 failure = internetText(GetLastError());
             } else {
                 DWORD status = 0, size = sizeof status;
@@ -99,17 +131,21 @@ public:
                         body.append(buffer, read);
                     }
                 }
-                std::lock_guard<std::mutex> lock(lock_);
-                // A session closed by stop() took its request with it.
-                if (!closedByOther_) InternetCloseHandle(request);
             }
-        } else {
-            failure = "cancelled";
+            if (failure.empty() && !ok) failure = internetText(GetLastError());
+        }
+        {
+            // A session closed by stop() took its children with it.
+            std::lock_guard<std::mutex> lock(lock_);
+            if (!closedByOther_) {
+                if (request != nullptr) InternetCloseHandle(request);
+                if (connection != nullptr) InternetCloseHandle(connection);
+            }
         }
         {
             std::lock_guard<std::mutex> lock(lock_);
             if (!closedByOther_) InternetCloseHandle(session);
-            session_ = nullptr;
+            session_ = connection_ = request_ = nullptr;
         }
         if (ok)
             fetch.succeed(std::move(body));
@@ -119,15 +155,17 @@ public:
 
     void interrupt() override {
         std::lock_guard<std::mutex> lock(lock_);
-        if (session_ != nullptr && !closedByOther_) {
-            InternetCloseHandle(session_);
-            closedByOther_ = true;
-        }
+        if (session_ == nullptr || closedByOther_) return;
+        // The innermost first: closing the request ends a call that waits on it.
+        if (request_ != nullptr) InternetCloseHandle(request_);
+        if (connection_ != nullptr) InternetCloseHandle(connection_);
+        InternetCloseHandle(session_);
+        closedByOther_ = true;
     }
 
 private:
     std::mutex lock_;
-    HINTERNET session_ = nullptr;
+    HINTERNET session_ = nullptr, connection_ = nullptr, request_ = nullptr;
     bool closedByOther_ = false;
 };
 
