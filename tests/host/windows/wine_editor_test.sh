@@ -1,0 +1,162 @@
+#!/usr/bin/env bash
+# The 64-bit Windows build's editor under wine, on an X server of its own
+# (Xvfb): a small Windows host opens it in a window, drags the volume
+# slider, clicks undo and redo, opens and closes it a hundred times, and
+# reads back what the editor's window shows, which must be what
+# `tendrane panel` draws for the same events, pixel for pixel. The editor
+# window's clipboard is checked against the Windows clipboard too.
+#   wine_editor_test.sh SOURCE_DIR WIN_BUILD_DIR TENDRANE WORK
+set -euo pipefail
+source_dir=$1 win_build=$2 tendrane=$3 work=$4
+wine=/usr/lib/wine/wine64
+wineserver=/usr/lib/wine/wineserver
+
+[ -x "$wine" ] || { echo "FAILED: $wine is missing; tools/setup-debian.sh host installs it"; exit 1; }
+command -v x86_64-w64-mingw32-g++-posix >/dev/null || { echo "FAILED: no MinGW-w64 compiler"; exit 1; }
+command -v xvfb-run >/dev/null || { echo "FAILED: xvfb-run is missing; tools/setup-debian.sh host installs it"; exit 1; }
+
+# The Windows binaries, in the same build folder as the 64-bit cross build.
+if [ ! -f "$win_build/build.ninja" ]; then
+  cmake -S "$source_dir" -B "$win_build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+    -DCMAKE_TOOLCHAIN_FILE="$source_dir/cmake/mingw-x86_64.cmake" -DTENDRANE_CORE_ONLY=ON >/dev/null
+fi
+# The panel's images and fonts are PNG files: a build without a PNG decoder
+# cannot open the editor, and only the clipboard is checked there; the test
+# then ends as skipped (status 77, CTest's "skipped", never a pass).
+editor=yes
+grep -q TENDRANE_HAVE_LIBPNG "$win_build/build.ninja" || editor=no
+cmake --build "$win_build" --target tendrane_vst tendrane_editor_host tendrane_editor_clipboard -j 2 | tail -n 2
+"$source_dir/tests/host/windows/check_dll.sh" x86_64-w64-mingw32-objdump "$win_build/vst/Tendrane.dll"
+
+mkdir -p "$work"
+run=$(mktemp -d "$work/run-XXXXXX")
+cp "$win_build/vst/Tendrane.dll" "$win_build/vst/editor_host.exe" "$win_build/vst/editor_clipboard.exe" "$run/"
+
+# The headless panel of the same events, with empty preferences as the
+# fresh wine prefix has them.
+printf 'wait 300\n' > "$run/opened.events"
+printf 'drag 308 461 330 461 11\nwait 300\nclick 105 49\nwait 300\nclick 145 49\nwait 1800\n' > "$run/gestures.events"
+if [ "$editor" = yes ]; then
+  for name in opened gestures; do
+    XDG_CONFIG_HOME="$run/config-$name" "$tendrane" panel --factory 0 --events "$run/$name.events" \
+      -o "$run/$name-panel.png"
+  done
+fi
+
+export WINEPREFIX="$run/prefix" WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml="
+cat > "$run/under-x.sh" <<'SH'
+#!/usr/bin/env bash
+# Both Windows programs on the X server that xvfb-run started.
+cd "$1"
+timeout -k 10 600 "$2" editor_clipboard.exe > clipboard.log 2>&1
+echo $? > clipboard.status
+if [ "$4" = yes ]; then
+  timeout -k 10 600 "$2" editor_host.exe Tendrane.dll opened.ppm gestures.ppm > host.log 2>&1
+  echo $? > host.status
+fi
+timeout -k 5 60 "$3" -k 2>/dev/null || true
+SH
+chmod +x "$run/under-x.sh"
+xvfb-run -a -s "-screen 0 1280x1024x24" "$run/under-x.sh" "$run" "$wine" "$wineserver" "$editor"
+# wine prints its own notes with the programs' lines: ours are the ones shown.
+grep -hE '^(FAILED|passed|editor rectangle|volume|after undo|100 openings|written)' "$run"/*.log || true
+clipboard_status=$(cat "$run/clipboard.status" 2>/dev/null || echo missing)
+failed=0
+[ "$clipboard_status" = 0 ] || { echo "FAILED: editor_clipboard.exe ended with status $clipboard_status (see $run/clipboard.log)"; failed=1; }
+if [ "$editor" = no ]; then
+  [ "$failed" = 0 ] || { echo "FAILED: the logs are kept in $run"; exit 1; }
+  echo "SKIPPED: the Windows build in $win_build has no PNG decoder, so its editor cannot open there"
+  rm -rf "$run"
+  exit 77
+fi
+host_status=$(cat "$run/host.status" 2>/dev/null || echo missing)
+[ "$host_status" = 0 ] || { echo "FAILED: editor_host.exe ended with status $host_status (see $run/host.log)"; failed=1; }
+
+python3 - "$run" <<'PY' || failed=1
+# The window's pictures (PPM) against the headless panel's (PNG), by RGB.
+import struct, sys, zlib
+
+def read_png(path):
+    data = open(path, "rb").read()
+    if data[:8] != b"\x89PNG\r\n\x1a\n":
+        raise ValueError(path + " is not a PNG")
+    pos, idat, header = 8, b"", None
+    while pos < len(data):
+        length, kind = struct.unpack(">I4s", data[pos:pos + 8])
+        body = data[pos + 8:pos + 8 + length]
+        if kind == b"IHDR":
+            header = struct.unpack(">IIBBBBB", body)
+        elif kind == b"IDAT":
+            idat += body
+        pos += 12 + length
+    width, height, depth, colour, _, _, interlace = header
+    channels = {2: 3, 6: 4}.get(colour)
+    if depth != 8 or channels is None or interlace != 0:
+        raise ValueError("%s: only 8-bit RGB or RGBA without interlace is read here" % path)
+    raw, stride = zlib.decompress(idat), width * channels
+    rows, previous, pos = [], bytearray(stride), 0
+    for _ in range(height):
+        kind, line = raw[pos], bytearray(raw[pos + 1:pos + 1 + stride])
+        pos += 1 + stride
+        for i in range(stride):
+            a = line[i - channels] if i >= channels else 0
+            b = previous[i]
+            c = previous[i - channels] if i >= channels else 0
+            if kind == 1: line[i] = (line[i] + a) & 255
+            elif kind == 2: line[i] = (line[i] + b) & 255
+            elif kind == 3: line[i] = (line[i] + (a + b) // 2) & 255
+            elif kind == 4:
+                p = a + b - c
+                pa, pb, pc = abs(p - a), abs(p - b), abs(p - c)
+                line[i] = (line[i] + (a if pa <= pb and pa <= pc else b if pb <= pc else c)) & 255
+        rows.append(line)
+        previous = line
+    rgb = bytearray()
+    for line in rows:
+        for x in range(width):
+            rgb += line[x * channels:x * channels + 3]
+    return width, height, bytes(rgb)
+
+def read_ppm(path):
+    data = open(path, "rb").read()
+    fields, pos = [], 0
+    while len(fields) < 4:
+        while data[pos:pos + 1].isspace(): pos += 1
+        start = pos
+        while not data[pos:pos + 1].isspace(): pos += 1
+        fields.append(data[start:pos])
+    if fields[0] != b"P6" or fields[3] != b"255":
+        raise ValueError(path + " is not an 8-bit binary PPM")
+    return int(fields[1]), int(fields[2]), data[pos + 1:]
+
+run, bad = sys.argv[1], 0
+for name in ("opened", "gestures"):
+    try:
+        w1, h1, shown = read_ppm("%s/%s.ppm" % (run, name))
+        w2, h2, panel = read_png("%s/%s-panel.png" % (run, name))
+    except (OSError, ValueError) as e:
+        print("FAILED: %s: %s" % (name, e))
+        bad += 1
+        continue
+    if (w1, h1) != (w2, h2) or len(shown) != len(panel) or len(shown) != w1 * h1 * 3:
+        print("FAILED: %s: the window shows %dx%d, the panel is %dx%d" % (name, w1, h1, w2, h2))
+        bad += 1
+        continue
+    differ = [i // 3 for i in range(0, len(shown), 3) if shown[i:i + 3] != panel[i:i + 3]]
+    if differ:
+        xs, ys = [i % w1 for i in differ], [i // w1 for i in differ]
+        print("FAILED: %s: %d of %d pixels differ, from (%d, %d) to (%d, %d)"
+              % (name, len(differ), w1 * h1, min(xs), min(ys), max(xs), max(ys)))
+        for i in differ[:5]:
+            print("  (%d, %d): window %s, panel %s" % (i % w1, i // w1, shown[3 * i:3 * i + 3].hex(), panel[3 * i:3 * i + 3].hex()))
+        bad += 1
+    else:
+        print("%s: the window and the headless panel agree on all %d pixels" % (name, w1 * h1))
+sys.exit(1 if bad else 0)
+PY
+
+if [ "$failed" != 0 ]; then
+  echo "FAILED: the pictures and logs are kept in $run"
+  exit 1
+fi
+rm -rf "$run"
