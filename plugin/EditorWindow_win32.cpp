@@ -16,6 +16,7 @@
 #include "plugin/EditorWindow.h"
 #include "fomal/ClickMask.h"
 #include "platform/Exceptions.h"
+#include "pixels/Png.h"
 #include "platform/Utf16.h"
 
 #include <windows.h>
@@ -583,4 +584,6 @@ std::unique_ptr<EditorWindow> openEditorWindow(void* parent, Fomal::EditorCore& 
     return std::make_unique<Win32EditorWindow>(static_cast<HWND>(parent), core, lock);
 }
 
-bool editorWindowsExist() { return true; }
+// The panel is drawn from PNG images and font pages: a build that cannot
+// read them has no panel to show, and its hosts show their own controls.
+bool editorWindowsExist() { return OrlPixels::pngAvailable(); }
