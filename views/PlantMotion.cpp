@@ -103,13 +103,11 @@ void PlantMotion::follow(const NorvelleProgram& record, bool suspendedNow) {
 void PlantMotion::hear(const VisualState& state) {
     for (int i = 0; i < BRANCH_COUNT; ++i) {
         glow[i] = std::clamp(state.flash[i], 0.0f, 1.0f);
-        const float heard = std::clamp(state.levelLow[i] + state.levelHigh[i], 0.0f, 1.0f);
-        const float bright = std::clamp(state.levelHigh[i], 0.0f, 1.0f);
-        // A note lifts at once; a released one fades with the smoothing.
-        if (heard >= level[i]) level[i] = heard;
-        else approach(level[i], heard, q_, LENGTH_SETTLED);
-        if (bright >= rate[i]) rate[i] = bright;
-        else approach(rate[i], bright, q_, LENGTH_SETTLED);
+        heardLevel_[i] = std::clamp(state.levelLow[i] + state.levelHigh[i], 0.0f, 1.0f);
+        heardRate_[i] = std::clamp(state.levelHigh[i], 0.0f, 1.0f);
+        // A note lifts at once; the tick lets a released one fade.
+        level[i] = std::max(level[i], heardLevel_[i]);
+        rate[i] = std::max(rate[i], heardRate_[i]);
     }
 }
 
@@ -132,6 +130,10 @@ bool PlantMotion::tick() {
                 if (!(phase[i] >= 0.0f)) phase[i] = phase[i] < 0.0f ? phase[i] + TWO_PI_F : 0.0f;
             }
             approach(shown[i], target[i], q_, LENGTH_SETTLED);
+        }
+        for (int i = 0; i < BRANCH_COUNT; ++i) {
+            if (heardLevel_[i] < level[i]) approach(level[i], heardLevel_[i], q_, LENGTH_SETTLED);
+            if (heardRate_[i] < rate[i]) approach(rate[i], heardRate_[i], q_, LENGTH_SETTLED);
         }
         if (rotationShown == rotationTarget) {
             const double wrapped = rotationShown - 360.0 * std::floor(rotationShown / 360.0);

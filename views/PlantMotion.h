@@ -50,8 +50,8 @@ public:
     // takes everything as it stands.
     void follow(const NorvelleProgram& record, bool suspendedNow);
     // The per-branch note values of the sound: glows follow the flash, the
-    // sway level and rate rise with a note and fall back within about
-    // `animateTime`.
+    // sway level and rate rise with a note at once and fall back tick by
+    // tick within about `animateTime`, however often the sound is read.
     void hear(const VisualState& state);
     // One tick of `tickMs`. Returns true when a falling seed has landed in
     // this tick: the view then fires "planted" and follows the patch.
@@ -94,6 +94,9 @@ private:
     PlantMotionSettings motion_;
     PlantSettings normal_;
     float q_ = 0.0f;
+    // The note values last heard; the sway falls back to them tick by tick.
+    float heardLevel_[BRANCH_COUNT] = {};
+    float heardRate_[BRANCH_COUNT] = {};
 };
 
 // Degrees `wanted`, moved by whole turns to within 180 degrees of `last`.

@@ -146,7 +146,7 @@ bool PlantView::hitsAt(int x, int y) const {
 // Hover and hints.
 
 void PlantView::clearHover() {
-    if (overPlant_ || overWheel_ || overHandle_ || hoverBranch_ >= 0) invalidate();
+    if (overPlant_ || overWheel_ || overHandle_ || hoverBranch_ >= 0) changed();
     overPlant_ = overWheel_ = overHandle_ = false;
     hoverBranch_ = -1;
 }
@@ -157,7 +157,7 @@ void PlantView::hoverAt(int x, int y) {
     overPlant_ = overWheel_ = overHandle_ = false;
     hoverBranch_ = -1;
     if (motion_.suspended) {
-        if (wasOver || before >= 0) invalidate();
+        if (wasOver || before >= 0) changed();
         return;
     }
     const double dx = x - cx_, dy = y - cy_;
@@ -178,7 +178,7 @@ void PlantView::hoverAt(int x, int y) {
         hoverBranch_ = branchAt(x, y);
     }
     if (before != hoverBranch_ || wasOver != overPlant_ || wasWheel != overWheel_ || wasHandle != overHandle_)
-        invalidate();
+        changed();
 }
 
 std::string PlantView::currentHint() const {
@@ -214,7 +214,7 @@ bool PlantView::mouseDown(const Fomal::MouseEvent& e) {
         drag_ = makeBranchDrag(*this, branch);
     }
     if (drag_) drag_->begin(e);
-    invalidate();
+    changed();
     return true;
 }
 
@@ -222,7 +222,7 @@ void PlantView::mouseMove(const Fomal::MouseEvent& e) {
     if (!drag_) return;
     drag_->move(e);
     update();
-    invalidate();
+    changed();
 }
 
 void PlantView::mouseUp(const Fomal::MouseEvent& e) {
@@ -239,7 +239,7 @@ void PlantView::mouseUp(const Fomal::MouseEvent& e) {
     // No move reaches the view once the button is up: what the mouse was
     // over is forgotten with the press.
     clearHover();
-    invalidate();
+    changed();
 }
 
 // ---------------------------------------------------------------------------
@@ -262,16 +262,82 @@ void PlantView::idle(std::int64_t) {
         update();
         sendTrigger("planted");
     }
-    // The plant is grown anew for each frame; while it stands still at
-    // rest without sway, suspended and fully decayed, nothing needs drawing.
-    const bool still = motion_.suspended && (motion_.decay >= 1.0f) && shownSuspended_;
+    // Suspended and fully decayed, the plant stands still: nothing to draw.
+    const bool still = motion_.suspended && (motion_.decay >= 1.0f) && shownSuspended_ && grown_;
     shownSuspended_ = motion_.suspended && motion_.decay >= 1.0f;
-    if (!still) invalidate();
+    if (still) return;
+    // The plant is grown anew for each frame; what the old frame covered
+    // and what the new one covers are drawn again, not the whole view.
+    grow();
+    const OrlPixels::IntRect now = lookBounds();
+    const OrlPixels::IntRect region = drawnBounds_.isEmpty() ? now : now.isEmpty() ? drawnBounds_ : OrlPixels::unionOf(drawnBounds_, now);
+    drawnBounds_ = now;
+    if (!region.isEmpty()) editor().invalidate(region);
 }
 
 void PlantView::refreshState() {
+    // Called after every event of the editor: only a change of what the
+    // plant shows draws it at once; the timer draws the rest.
+    struct Seen {
+        float target[BRANCH_COUNT];
+        double modWheel, rotationTarget;
+        float atonality;
+        std::uint32_t seed;
+        bool cloned, suspended;
+        int selected, planting;
+        bool operator==(const Seen&) const = default;
+    };
+    auto seen = [this] {
+        Seen s{};
+        std::copy(std::begin(motion_.target), std::end(motion_.target), std::begin(s.target));
+        s.modWheel = motion_.modWheel;
+        s.rotationTarget = motion_.rotationTarget;
+        s.atonality = motion_.atonalityTarget;
+        s.seed = motion_.seed;
+        s.cloned = motion_.cloned;
+        s.suspended = motion_.suspended;
+        s.selected = program_ != nullptr ? program_->selectedBranch() : -1;
+        s.planting = motion_.plantingBranch;
+        return s;
+    };
+    const Seen before = seen();
     update();
+    const Seen after = seen();
+    if (!(after == before) || selectedShown_ != after.selected) changed();
+    selectedShown_ = after.selected;
+}
+
+void PlantView::changed() {
+    grown_ = false;
     invalidate();
+}
+
+void PlantView::grow() {
+    const PlantFrame frame = motion_.frame(cx_, cy_, shape_);
+    motion_.prepare(*this, shape_);
+    growBranches(canvas_, frame, shape_);
+    grown_ = true;
+}
+
+OrlPixels::IntRect PlantView::lookBounds() const {
+    // Lines are a pixel wide and touch the pixels on both sides.
+    double left = 1e300, top = 1e300, right = -1e300, bottom = -1e300;
+    for (const PlantLine& line : canvas_.lines())
+        for (const PlantPoint& p : canvas_.points(line)) {
+            left = std::min(left, p.x);
+            right = std::max(right, p.x);
+            top = std::min(top, p.y);
+            bottom = std::max(bottom, p.y);
+        }
+    OrlPixels::IntRect covered;
+    if (left <= right && top <= bottom && std::fabs(left) < 1e6 && std::fabs(right) < 1e6 && std::fabs(top) < 1e6 &&
+        std::fabs(bottom) < 1e6) {
+        const int l = static_cast<int>(std::floor(left)) - 2, t = static_cast<int>(std::floor(top)) - 2;
+        covered = OrlPixels::IntRect(l, t, static_cast<int>(std::ceil(right)) + 2 - l, static_cast<int>(std::ceil(bottom)) + 2 - t);
+    }
+    const OrlPixels::IntRect overlay = overlayBounds();
+    if (!overlay.isEmpty()) covered = covered.isEmpty() ? overlay : OrlPixels::unionOf(covered, overlay);
+    return OrlPixels::intersection(covered, pixelRect());
 }
 
 bool PlantView::answersAction(std::string_view action) const {
@@ -288,7 +354,7 @@ bool PlantView::canPerformOwn(std::string_view action, std::string_view) {
 void PlantView::performOwn(std::string_view action, std::string_view params) {
     if (action == "showRotationHandle") {
         const bool show = params.empty() || Fomal::readBool(params);
-        if (show != handleRequested_) invalidate();
+        if (show != handleRequested_) changed();
         handleRequested_ = show;
         return;
     }
@@ -307,7 +373,7 @@ void PlantView::performOwn(std::string_view action, std::string_view params) {
     motion_.startPlanting(branch, distance);
     program_->writeProgram(planted);
     program_->selectBranch(-1);
-    invalidate();
+    changed();
 }
 
 void PlantView::sendTrigger(std::string_view name) {
@@ -319,11 +385,13 @@ void PlantView::sendTrigger(std::string_view name) {
 // Drawing.
 
 void PlantView::draw(OrlPixels::Surface& surface, const OrlPixels::IntRect& clip) {
-    OrlPixels::Surface s = surface.clipped(clip);
+    // The plant keeps within its view.
+    OrlPixels::Surface s = surface.clipped(OrlPixels::intersection(clip, pixelRect()));
     if (s.bounds.isEmpty()) return;
-    const PlantFrame frame = motion_.frame(cx_, cy_, shape_);
-    motion_.prepare(*this, shape_);
-    growBranches(canvas_, frame, shape_);
+    if (!grown_) {
+        grow();
+        drawnBounds_ = lookBounds();
+    }
     paintPlant(s, canvas_, table_);
     if (!motion_.suspended) drawOverlay(s);
 }

@@ -1,8 +1,9 @@
 // The plant on the main panel through `tendrane panel`: patches at rest, a
 // random seed, a branch dragged and being dragged, a planting while the
 // seed falls and after it landed, notes held, and a suspended plant fully
-// decayed, each pixel for pixel as stored (TENDRANE_WRITE_GOLDEN=1 replaces
-// the stored pictures, only after looking at them).
+// decayed, each pixel for pixel as stored within the plant's disc
+// (TENDRANE_WRITE_GOLDEN=1 replaces the stored pictures, only after looking
+// at them).
 #include <gtest/gtest.h>
 
 #include <chrono>
@@ -19,6 +20,11 @@
 namespace {
 
 const std::filesystem::path GOLDEN = std::filesystem::path(TENDRANE_SOURCE_DIR) / "tests/golden/panel";
+
+// The plant's middle on the panel, and the disc within its radius of 118
+// that holds nearly all it draws (the rotation handle reaches a little
+// beyond), inside the key ring.
+constexpr int PLANT_X = 192, PLANT_Y = 264, PLANT_DISC = 113;
 
 std::vector<std::uint8_t> readFile(const std::filesystem::path& p) {
     std::ifstream in(p, std::ios::binary);
@@ -75,8 +81,19 @@ void expectGolden(const std::string& name, const std::vector<std::string>& args,
     ASSERT_EQ(a.width, 384);
     ASSERT_EQ(a.height, 512);
     ASSERT_EQ(b.pixels.size(), a.pixels.size()) << name;
-    std::size_t differing = 0;
-    for (std::size_t i = 0; i < a.pixels.size(); ++i) differing += a.pixels[i] != b.pixels[i];
+    // The pictures are of the whole panel, but only the plant's disc is
+    // compared: the views around it (the key ring lit by notes, the
+    // sliders) have tests of their own and may change without the plant.
+    std::size_t differing = 0, compared = 0;
+    for (int y = 0; y < 512; ++y)
+        for (int x = 0; x < 384; ++x) {
+            const int dx = x - PLANT_X, dy = y - PLANT_Y;
+            if (dx * dx + dy * dy > PLANT_DISC * PLANT_DISC) continue;
+            const std::size_t i = std::size_t(y) * 384 + std::size_t(x);
+            differing += a.pixels[i] != b.pixels[i];
+            ++compared;
+        }
+    EXPECT_GT(compared, 40000u);
     EXPECT_EQ(differing, 0u) << name;
 }
 

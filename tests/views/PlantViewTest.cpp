@@ -286,8 +286,14 @@ TEST(PlantViewTest, ANoteGlowsAndItsSwayFadesWithinAboutTheAnimateTime) {
     EXPECT_FLOAT_EQ(m.rate[2], 0.3f);
     EXPECT_EQ(m.level[1], 0.0f);
     const VisualState silence;
+    m.hear(silence);
+    m.hear(silence);  // reading the sound again moves nothing
+    EXPECT_FLOAT_EQ(m.level[2], 0.9f);
     int ticks = 0;
-    for (; ticks < 200 && m.level[2] > 0.9f * 0.01f; ++ticks) m.hear(silence);
+    for (; ticks < 200 && m.level[2] > 0.9f * 0.01f; ++ticks) {
+        m.hear(silence);
+        m.tick();
+    }
     // Down to a hundredth within about 1.25 s of 33 ms ticks.
     EXPECT_GT(ticks, 10);
     EXPECT_LT(ticks, 45);
@@ -688,4 +694,58 @@ TEST(PlantViewTest, APlantedSeedComesFromTheGeneratorTheScriptsShare) {
     // One step taken: the scripts go on from there.
     EXPECT_EQ(Fomal::ScriptRandom::process().a(), expected.a());
     EXPECT_EQ(Fomal::ScriptRandom::process().b(), expected.b());
+}
+
+TEST(PlantViewTest, EachTickRedrawsWhatTheOldAndNewFramesCoverAndThatIsTheWholeChange) {
+    Plant e(withBranches({0.1f, 0.9f, 0.0f, 0.5f}));
+    const OrlPixels::IntRect whole(0, 0, Fomal::EditorCore::WIDTH, Fomal::EditorCore::HEIGHT);
+    auto fullPaint = [&] {
+        e.core.paint();
+        e.core.invalidate(whole);
+        e.core.paint();
+        return std::vector<std::uint32_t>(e.core.pixels().begin(), e.core.pixels().end());
+    };
+    // Growing, swaying with notes, turning, drooping and reviving: after
+    // each stretch of ticks the panel painted bit by bit is the panel
+    // painted whole.
+    auto check = [&](const char* what) {
+        e.core.paint();
+        const std::vector<std::uint32_t> stepwise(e.core.pixels().begin(), e.core.pixels().end());
+        EXPECT_EQ(stepwise, fullPaint()) << what;
+    };
+    e.core.paint();
+    e.host.current.setParam(Param::Branch3, 1.0f);
+    e.wait(700);
+    check("growing");
+    e.host.sound.flash[1] = 1.0f;
+    e.host.sound.levelHigh[1] = 1.0f;
+    e.wait(500);
+    check("notes");
+    e.host.sound = VisualState();
+    e.host.current.setParam(Param::Rotation, 0.3f);
+    e.wait(600);
+    check("turning");
+    int x0, y0, x1, y1;
+    Plant::pointOf(0, 0.1, x0, y0);
+    Plant::pointOf(0, 0.7, x1, y1);
+    e.drag(x0, y0, x1, y1);
+    e.wait(2000);
+    check("dragged");
+    e.host.hostSuspended = true;
+    e.wait(2000);
+    check("drooping");
+    e.host.hostSuspended = false;
+    e.wait(1000);
+    check("reviving");
+}
+
+TEST(PlantViewTest, APlantAtRestRedrawsOnlyWhereItSways) {
+    Plant e;  // the small plant of the Init patch
+    e.core.paint();
+    e.wait(40);
+    const OrlPixels::IntRect region = e.core.paint();
+    EXPECT_FALSE(region.isEmpty());
+    EXPECT_LT(region.width, 120);
+    EXPECT_LT(region.height, 120);
+    EXPECT_TRUE(e.view().pixelRect().contains(region.left, region.top));
 }
