@@ -24,9 +24,18 @@ std::string demangled(const char* name) {
 
 // Not inlined: the frame of the constructor itself is the one left out.
 __attribute__((noinline)) stack::stack(std::size_t skip, std::size_t maxFrames) {
-    std::vector<void*> addresses(maxFrames + skip + 1);
+    // Room for frames of a checker that wraps backtrace itself.
+    std::vector<void*> addresses(maxFrames + skip + 8);
     const int n = ::backtrace(addresses.data(), int(addresses.size()));
-    for (int i = int(skip) + 1; i < n && frames_.size() < maxFrames; ++i) {
+    // The caller's frame is the one this constructor returns into.
+    void* const caller = __builtin_return_address(0);
+    int first = 1;
+    for (int i = 0; i < n; ++i)
+        if (addresses[std::size_t(i)] == caller) {
+            first = i;
+            break;
+        }
+    for (int i = first + int(skip); i < n && frames_.size() < maxFrames; ++i) {
         stack_frame f;
         f.address = addresses[std::size_t(i)];
         Dl_info info{};
