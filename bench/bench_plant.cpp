@@ -130,12 +130,12 @@ struct GrownPanel {
     Fomal::EditorCore core{host, clock};
     bool opened = false;
 
-    GrownPanel() {
+    explicit GrownPanel(float length = 1.0f) {
         views::registerLivingViews();
         NorvelleProgram record;
         record.seed = 0x5EA5C0A5u;
         record.setParam(Param::Atonality, 0.55f);
-        for (int i = 0; i < BRANCH_COUNT; ++i) record.setParam(Param::Branch1 + i, 1.0f);
+        for (int i = 0; i < BRANCH_COUNT; ++i) record.setParam(Param::Branch1 + i, length);
         host.writeProgram(record);
         plugin.resume();
         opened = core.open(views::applicationScripts(host, core));
@@ -187,5 +187,18 @@ void BM_PlantSwayingOneSecondAt30Fps(benchmark::State& state) {
     state.SetLabel("one second of frames; core_percent = share of one core");
 }
 BENCHMARK(BM_PlantSwayingOneSecondAt30Fps)->Unit(benchmark::kMillisecond);
+
+// One second of a small plant with no note: it still sways a little, and
+// each frame redraws only where it moves.
+void BM_PlantAtRestOneSecondAt30Fps(benchmark::State& state) {
+    GrownPanel panel(0.0f);
+    if (!panel.opened) state.SkipWithError("the editor did not open");
+    for (auto _ : state)
+        for (int f = 0; f < 30; ++f) panel.frame();
+    state.counters["core_percent"] = benchmark::Counter(
+        double(state.iterations()) / 100.0, benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+    state.SetLabel("one second of frames; core_percent = share of one core");
+}
+BENCHMARK(BM_PlantAtRestOneSecondAt30Fps)->Unit(benchmark::kMillisecond);
 
 }  // namespace
