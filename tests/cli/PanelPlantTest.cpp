@@ -132,6 +132,17 @@ TEST(PanelPlantTest, ADraggedBranchIsWrittenToThePatch) {
     EXPECT_NE(run.out.find("ModWheel: 0.00000000 %"), std::string::npos) << run.out;
 }
 
+TEST(PanelPlantTest, OneUndoTakesBackTheWholeDragAndRedoBringsItBack) {
+    // The undo button is at { 85, 29, 41, 41 }, redo at { 125, 29, 41, 41 }.
+    const PanelRun undone = panel({"--print-patch"}, std::string(DRAG_BRANCH_1) + "click 105 49\nwait 100\n", {});
+    ASSERT_EQ(undone.status, 0) << undone.err;
+    EXPECT_NE(undone.out.find("Branch1: 0.00000000 %"), std::string::npos) << undone.out;
+    const PanelRun redone =
+        panel({"--print-patch"}, std::string(DRAG_BRANCH_1) + "click 105 49\nwait 100\nclick 145 49\nwait 100\n", {});
+    ASSERT_EQ(redone.status, 0) << redone.err;
+    EXPECT_NE(redone.out.find("Branch1: 63.85542154 %"), std::string::npos) << redone.out;
+}
+
 TEST(PanelPlantTest, WhileABranchIsDraggedItsGuidesTheRingAndTheHandleShow) {
     expectGolden("plant-dragging", {"--factory", "1"}, "wait 100\ndown 192 290\nmove 192 310\nmove 192 320\nwait 1000\n");
 }
