@@ -6,6 +6,7 @@
 
 #include "fomal/EditorHost.h"
 #include "fomal/EditorServices.h"
+#include "fomal/MessageCatalogue.h"
 #include "patch/ParameterTable.h"
 #include "views/PlantView.h"
 
@@ -109,7 +110,7 @@ public:
     }
 
     std::string hint() const override {
-        std::string text = "Branch ^N (^B) = ^V";
+        std::string text = Fomal::MessageCatalogue::product().lookup("Branch ^N (^B) = ^V");
         fill(text);
         replaceAll(text, "^V", view_.editor().host().controlText(PARAMETER_TABLE[Param::Branch1 + branch_].name));
         return text;
@@ -167,7 +168,8 @@ public:
     }
 
     std::string hint() const override {
-        std::string text = "ModWheel = ^V";
+        // The catalogue words the message; the value goes into its code.
+        std::string text = Fomal::MessageCatalogue::product().lookup("ModWheel = ^V");
         replaceAll(text, "^V", view_.editor().host().controlText("ModWheel"));
         return text;
     }

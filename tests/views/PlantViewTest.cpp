@@ -504,7 +504,7 @@ TEST(PlantViewTest, TheRingDragsTheModWheelAsOneStep) {
     const int ringY = CY + int(INNER - 6);
     e.core.mouseDown({CX, ringY, Fomal::LEFT_BIT});
     EXPECT_TRUE(e.view().overWheel());
-    EXPECT_EQ(e.view().currentHint(), "ModWheel = " + e.host.controlText("ModWheel"));
+    EXPECT_EQ(e.view().currentHint(), "Mod Wheel = " + e.host.controlText("ModWheel"));  // worded by the catalogue
     e.core.mouseMove({CX, ringY + 20, Fomal::LEFT_BIT});
     e.core.mouseMove({CX, ringY + 40, Fomal::LEFT_BIT});
     e.core.mouseUp({CX, ringY + 40, Fomal::LEFT_BIT});
