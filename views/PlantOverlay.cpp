@@ -41,54 +41,6 @@ void fillCircle(OrlPixels::Surface& surface, double x, double y, double r, OrlPi
 
 }  // namespace
 
-OrlPixels::IntRect PlantView::overlayBounds() const {
-    if (motion_.suspended) return {};
-    // The guides of a hovered branch reach the rim: all of the view.
-    if (hoverBranch_ >= 0 || drag_) return pixelRect();
-    OrlPixels::IntRect covered;
-    auto add = [&](double x0, double y0, double x1, double y1) {
-        if (!(std::fabs(x0) < 1e6 && std::fabs(y0) < 1e6 && std::fabs(x1) < 1e6 && std::fabs(y1) < 1e6)) {
-            covered = pixelRect();
-            return;
-        }
-        const int l = static_cast<int>(std::floor(x0)) - 2, t = static_cast<int>(std::floor(y0)) - 2;
-        const OrlPixels::IntRect r(l, t, static_cast<int>(std::ceil(x1)) + 2 - l, static_cast<int>(std::ceil(y1)) + 2 - t);
-        covered = covered.isEmpty() ? r : OrlPixels::unionOf(covered, r);
-    };
-    for (int i = 0; i < BRANCH_COUNT; ++i) {
-        if (!(motion_.glow[i] > 0.0f)) continue;
-        const Fomal::PointF at = branchPoint(i, distanceOf(motion_.target[i]));
-        add(at.x - 20.0, at.y - 20.0, at.x + 20.0, at.y + 20.0);
-    }
-    if (overlay_.seedImage) {
-        int branch = motion_.plantingBranch;
-        double distance = motion_.dropDistance;
-        if (branch < 0) {
-            branch = program_ != nullptr ? program_->selectedBranch() : -1;
-            if (branch >= 0 && branch < BRANCH_COUNT) distance = distanceOf(motion_.target[branch]);
-        }
-        if (branch >= 0 && branch < BRANCH_COUNT) {
-            const Fomal::PointF at = branchPoint(branch, distance);
-            const double left = at.x + overlay_.seedOffset.x - overlay_.seedImage->width / 2.0;
-            const double top = at.y + overlay_.seedOffset.y - overlay_.seedImage->height / 2.0;
-            add(left, top, left + overlay_.seedImage->width, top + overlay_.seedImage->height);
-        }
-    }
-    auto penReach = [](const std::optional<OrlPixels::Pen>& a, const std::optional<OrlPixels::Pen>& b) {
-        return std::max(a ? a->stroke : 0.0, b ? b->stroke : 0.0) + 1.0;
-    };
-    if (ringShown()) {
-        const double r = ringRadius() + penReach(overlay_.modWheelPen, overlay_.hoverWheelPen);
-        add(cx_ - r, cy_ - r, cx_ + r, cy_ + r);
-    }
-    if (handleShown()) {
-        const Fomal::PointF at = handlePoint();
-        const double r = overlay_.rotationHandleSize + penReach(overlay_.rotationHandlePen, overlay_.hoverHandlePen);
-        add(at.x - r, at.y - r, at.x + r, at.y + r);
-    }
-    return covered;
-}
-
 void PlantView::drawOverlay(OrlPixels::Surface& surface) {
     drawGlows(surface);
     drawSeed(surface);

@@ -266,13 +266,9 @@ void PlantView::idle(std::int64_t) {
     const bool still = motion_.suspended && (motion_.decay >= 1.0f) && shownSuspended_ && grown_;
     shownSuspended_ = motion_.suspended && motion_.decay >= 1.0f;
     if (still) return;
-    // The plant is grown anew for each frame; what the old frame covered
-    // and what the new one covers are drawn again, not the whole view.
+    // The plant is grown anew for each frame, and the frame drawn whole.
     grow();
-    const OrlPixels::IntRect now = lookBounds();
-    const OrlPixels::IntRect region = drawnBounds_.isEmpty() ? now : now.isEmpty() ? drawnBounds_ : OrlPixels::unionOf(drawnBounds_, now);
-    drawnBounds_ = now;
-    if (!region.isEmpty()) editor().invalidate(region);
+    invalidate();
 }
 
 void PlantView::refreshState() {
@@ -317,27 +313,6 @@ void PlantView::grow() {
     motion_.prepare(*this, shape_);
     growBranches(canvas_, frame, shape_);
     grown_ = true;
-}
-
-OrlPixels::IntRect PlantView::lookBounds() const {
-    // Lines are a pixel wide and touch the pixels on both sides.
-    double left = 1e300, top = 1e300, right = -1e300, bottom = -1e300;
-    for (const PlantLine& line : canvas_.lines())
-        for (const PlantPoint& p : canvas_.points(line)) {
-            left = std::min(left, p.x);
-            right = std::max(right, p.x);
-            top = std::min(top, p.y);
-            bottom = std::max(bottom, p.y);
-        }
-    OrlPixels::IntRect covered;
-    if (left <= right && top <= bottom && std::fabs(left) < 1e6 && std::fabs(right) < 1e6 && std::fabs(top) < 1e6 &&
-        std::fabs(bottom) < 1e6) {
-        const int l = static_cast<int>(std::floor(left)) - 2, t = static_cast<int>(std::floor(top)) - 2;
-        covered = OrlPixels::IntRect(l, t, static_cast<int>(std::ceil(right)) + 2 - l, static_cast<int>(std::ceil(bottom)) + 2 - t);
-    }
-    const OrlPixels::IntRect overlay = overlayBounds();
-    if (!overlay.isEmpty()) covered = covered.isEmpty() ? overlay : OrlPixels::unionOf(covered, overlay);
-    return OrlPixels::intersection(covered, pixelRect());
 }
 
 bool PlantView::answersAction(std::string_view action) const {
@@ -388,10 +363,7 @@ void PlantView::draw(OrlPixels::Surface& surface, const OrlPixels::IntRect& clip
     // The plant keeps within its view.
     OrlPixels::Surface s = surface.clipped(OrlPixels::intersection(clip, pixelRect()));
     if (s.bounds.isEmpty()) return;
-    if (!grown_) {
-        grow();
-        drawnBounds_ = lookBounds();
-    }
+    if (!grown_) grow();
     paintPlant(s, canvas_, table_);
     if (!motion_.suspended) drawOverlay(s);
 }

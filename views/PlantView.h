@@ -114,9 +114,6 @@ public:
     void sendTrigger(std::string_view name);
     // Brings the plant up to the patch and the sound now.
     void update();
-    // The panel pixels the plant and its overlay cover in the frame grown
-    // last, within the view.
-    OrlPixels::IntRect lookBounds() const;
 
 private:
     // Grows the frame of the state now; drawing paints the frame grown last.
@@ -124,7 +121,7 @@ private:
     // The state changed outside the timer: the next drawing grows anew, and
     // the whole view is drawn.
     void changed();
-    OrlPixels::IntRect overlayBounds() const;
+
     void drawOverlay(OrlPixels::Surface& surface);
     void drawGlows(OrlPixels::Surface& surface);
     void drawSeed(OrlPixels::Surface& surface);
@@ -146,9 +143,6 @@ private:
     bool shownSuspended_ = false;
     bool grown_ = false;
     int selectedShown_ = -1;
-    // What the last frame covered: the next tick redraws it with what the
-    // new frame covers.
-    OrlPixels::IntRect drawnBounds_;
 };
 
 }  // namespace views

@@ -696,7 +696,7 @@ TEST(PlantViewTest, APlantedSeedComesFromTheGeneratorTheScriptsShare) {
     EXPECT_EQ(Fomal::ScriptRandom::process().b(), expected.b());
 }
 
-TEST(PlantViewTest, EachTickRedrawsWhatTheOldAndNewFramesCoverAndThatIsTheWholeChange) {
+TEST(PlantViewTest, TheFrameGrownAtATickIsWhatAWholeRepaintShows) {
     Plant e(withBranches({0.1f, 0.9f, 0.0f, 0.5f}));
     const OrlPixels::IntRect whole(0, 0, Fomal::EditorCore::WIDTH, Fomal::EditorCore::HEIGHT);
     auto fullPaint = [&] {
@@ -739,13 +739,14 @@ TEST(PlantViewTest, EachTickRedrawsWhatTheOldAndNewFramesCoverAndThatIsTheWholeC
     check("reviving");
 }
 
-TEST(PlantViewTest, APlantAtRestRedrawsOnlyWhereItSways) {
-    Plant e;  // the small plant of the Init patch
+TEST(PlantViewTest, EachTickRedrawsTheWholeViewUnlessTheSuspendedPlantStandsStill) {
+    Plant e;
     e.core.paint();
     e.wait(40);
-    const OrlPixels::IntRect region = e.core.paint();
-    EXPECT_FALSE(region.isEmpty());
-    EXPECT_LT(region.width, 120);
-    EXPECT_LT(region.height, 120);
-    EXPECT_TRUE(e.view().pixelRect().contains(region.left, region.top));
+    EXPECT_EQ(e.core.paint(), e.view().pixelRect());
+    e.host.hostSuspended = true;
+    e.wait(4100);  // fully decayed
+    e.core.paint();
+    e.wait(100);
+    EXPECT_TRUE(e.core.paint().isEmpty());
 }
