@@ -68,6 +68,7 @@ bool EditorCore::opening(const ScriptSetup& setup, F&& buildTree) {
         hint_ = HintWindow(constants_.hintWindow);
         buildTree();
         followSuspension();
+        followJingle();
         return true;
     } catch (...) {
         invalidate(surface_.bounds);
@@ -91,6 +92,14 @@ void EditorCore::followSuspension() {
             dispatcher_.perform(*root_, "closeView", "{ label: \"suspend\" }", false);
         root_->fireTrigger(suspended_ ? "suspended" : "resumed");
     });
+}
+
+// The juggler comes out while the plug-in plays its jingle, and goes when
+// the jingle stops.
+void EditorCore::followJingle() {
+    if (!root_ || host_.jingling() == jingling_) return;
+    jingling_ = !jingling_;
+    guarded([&] { root_->fireTrigger(jingling_ ? "openJuggler" : "closeJuggler"); });
 }
 
 void EditorCore::refreshStates() {
@@ -234,6 +243,7 @@ void EditorCore::idle() {
     fetches_.deliver();
     if (host_.revision() != hostRevision_) guarded([] {});
     followSuspension();
+    followJingle();
     const std::int64_t t = now();
     if (t < wake_) return;
     wake_ = INT64_MAX;

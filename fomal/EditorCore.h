@@ -135,6 +135,8 @@ private:
     void refreshStates();
     // Shows or hides the suspended state when the host's changed.
     void followSuspension();
+    // Opens or closes the juggler when the host's jingle starts or stops.
+    void followJingle();
     void updateHover(int x, int y);
     std::string hintAt(int x, int y);
     View* topOverlay() const { return overlay_.empty() ? nullptr : overlay_.back().get(); }
@@ -163,6 +165,7 @@ private:
     std::int64_t hintDue_ = INT64_MAX;
     Cursor cursor_ = Cursor::arrow;
     bool suspended_ = false;
+    bool jingling_ = false;
 };
 
 }  // namespace Fomal

@@ -63,6 +63,9 @@ public:
     virtual std::uint64_t revision() = 0;
     // The host has suspended the plug-in: no sound is made.
     virtual bool suspended() const { return false; }
+    // The plug-in plays its jingle (the program "Jingle Balls"): the
+    // panel shows the juggler meanwhile.
+    virtual bool jingling() const { return false; }
 
     // The patch and file operations of the actions; each may refuse with
     // an exception that the action reports.

@@ -35,14 +35,22 @@ std::string PluginEditorHost::patchName() const {
     return name;
 }
 
+bool PluginEditorHost::hasControl(std::string_view label) const {
+    return parameterIndex(label) >= 0 || panelControls_.find(label) != panelControls_.end();
+}
+
 double PluginEditorHost::controlValue(std::string_view label) const {
     const int i = parameterIndex(label);
-    return i < 0 ? 0.0 : double(plugin_.getParameter(i));
+    if (i >= 0) return double(plugin_.getParameter(i));
+    const auto it = panelControls_.find(label);
+    return it != panelControls_.end() ? it->second : 0.0;
 }
 
 std::string PluginEditorHost::controlText(std::string_view label) const {
     const int i = parameterIndex(label);
-    return i < 0 ? std::string() : ParameterText::display(i, plugin_.getParameter(i));
+    if (i >= 0) return ParameterText::display(i, plugin_.getParameter(i));
+    const auto it = panelControls_.find(label);
+    return it != panelControls_.end() ? std::to_string(int(std::lround(it->second * 100.0))) : std::string();
 }
 
 void PluginEditorHost::beginEdit(std::string_view label) {
@@ -55,7 +63,16 @@ void PluginEditorHost::beginEdit(std::string_view label) {
 
 void PluginEditorHost::changeControl(std::string_view label, double value) {
     const int i = parameterIndex(label);
-    if (i < 0) return;
+    if (i < 0) {
+        // The panel's own controls: no step of the patch's history, nothing
+        // for the host.
+        const auto it = panelControls_.find(label);
+        if (it != panelControls_.end() && it->second != value) {
+            it->second = std::fmin(std::fmax(value, 0.0), 1.0);
+            ++revision_;
+        }
+        return;
+    }
     const float v = std::fmin(std::fmax(float(value), 0.0f), 1.0f);
     if (v == plugin_.getParameter(i)) return;
     // The state before the first change of a drag stands for the whole
@@ -125,6 +142,8 @@ std::uint64_t PluginEditorHost::revision() {
     }
     return revision_;
 }
+
+bool PluginEditorHost::jingling() const { return plugin_.hasJingle(); }
 
 bool PluginEditorHost::suspended() const { return !plugin_.resumed(); }
 

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <string>
 
 #include "fomal/EditorHost.h"
@@ -23,8 +24,9 @@ public:
     std::string undoLabel() const override { return history_.undoLabel(); }
     std::string redoLabel() const override { return history_.redoLabel(); }
 
-    // The controls are the parameters, by name.
-    bool hasControl(std::string_view label) const override { return parameterIndex(label) >= 0; }
+    // The controls are the parameters, and the panel's own controls that
+    // belong to no patch (the juggler's gravity and bounce).
+    bool hasControl(std::string_view label) const override;
     double controlValue(std::string_view label) const override;
     void beginEdit(std::string_view label) override;
     void changeControl(std::string_view label, double value) override;
@@ -49,6 +51,7 @@ public:
     std::uint64_t revision() override;
 
     bool suspended() const override;
+    bool jingling() const override;
 
     // The patch for the scripts.
     NorvelleProgram program() const override { return currentProgram(); }
@@ -90,4 +93,5 @@ private:
     std::uint64_t revision_ = 0;
     int historyProgram_ = 0;
     int selectedBranch_ = -1;
+    std::map<std::string, double, std::less<>> panelControls_ = {{"JugglerGravity", 0.5}, {"JugglerBumperForce", 0.5}};
 };

@@ -355,3 +355,49 @@ TEST(PluginEditorHostTest, PagesAndFilesGoToTheSystemsOpener) {
     EXPECT_THROW(b.host->openURL("https://tendrane.invalid/"), std::exception);
     setenv("PATH", path.c_str(), 1);
 }
+
+// The program "Jingle Balls" plays the jingle, and the panel shows the
+// juggler while it plays.
+TEST(PluginEditorHostTest, TheJuggleComesOutWithTheJingleAndGoesWithIt) {
+    HostLog log;
+    hostLog = &log;
+    auto plugin = std::make_unique<PluginCore>(&loggingHost, std::make_unique<BlockTestEngine>());
+    plugin->resume();
+    int limit = 100;
+    PluginEditorHost host(*plugin, limit);
+    Fomal::VirtualClock clock;
+    Fomal::EditorCore editor(host, clock);
+    editor.openLayoutText(
+        "triggers: { { when: \"openJuggler\", action: \"{ ::juggler = 'out' }\" },"
+        "            { when: \"closeJuggler\", action: \"{ ::juggler = 'gone' }\" } }\n"
+        "views: { }");
+    editor.scripts().evaluate(*editor.root(), "{ ::juggler = 'never' }");
+    auto juggler = [&] { return editor.scripts().evaluate(*editor.root(), "{ ::juggler }"); };
+    editor.idle();
+    EXPECT_EQ(juggler(), "never");
+    char name[] = "Jingle Balls";
+    plugin->setProgramName(name);
+    ASSERT_TRUE(plugin->hasJingle());
+    editor.idle();
+    EXPECT_EQ(juggler(), "out");
+    char other[] = "Radix Gravis";
+    plugin->setProgramName(other);
+    editor.idle();
+    EXPECT_EQ(juggler(), "gone");
+    hostLog = nullptr;
+}
+
+// The juggler's gravity and bounce are the panel's own: they move without
+// a step of the patch's history or a word to the host.
+TEST(PluginEditorHostTest, TheJugglersControlsBelongToThePanel) {
+    Fixture f;
+    ASSERT_TRUE(f.host->hasControl("JugglerGravity"));
+    EXPECT_DOUBLE_EQ(f.host->controlValue("JugglerGravity"), 0.5);
+    f.host->beginEdit("JugglerGravity");
+    f.host->changeControl("JugglerGravity", 0.8);
+    f.host->endEdit("JugglerGravity");
+    EXPECT_DOUBLE_EQ(f.host->controlValue("JugglerGravity"), 0.8);
+    EXPECT_FALSE(f.host->canUndo());
+    EXPECT_TRUE(f.log.opcodes.empty());
+    EXPECT_FALSE(f.host->hasControl("NoSuchControl"));
+}
