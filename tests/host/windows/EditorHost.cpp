@@ -3,7 +3,11 @@
 // editor's idle as a host does, sends mouse messages to the editor's window
 // (a drag of the volume slider, undo, redo), checks the parameter, the
 // gesture the host heard and the windows, reads back what the editor's
-// window shows, and opens and closes the editor a hundred times.
+// window shows, and opens and closes the editor a hundred times. The main
+// menu opens as the system's popup menu: a second thread of the host picks
+// its entries by their access keys (copy, paste) as a user would, and the
+// patch goes through the Windows clipboard both ways. Any other menu or
+// message box that appears is a failure, and is closed.
 //
 //   editor_host PLUGIN OPENED.ppm GESTURES.ppm
 //
@@ -13,13 +17,16 @@
 #include <windows.h>
 #include <tlhelp32.h>
 
+#include <atomic>
 #include <cstdarg>
 #include <cstdio>
 #include <memory>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "patch/FactoryPatches.h"
+#include "patch/ProgramText.h"
 #include "tests/host/HostPatch.h"
 #include "tests/host/PluginHost.h"
 
@@ -32,6 +39,8 @@ namespace {
 constexpr int WIDTH = 384;
 constexpr int HEIGHT = 512;
 constexpr int VOLUME = 8;  // the parameter the bottom right slider drives
+// The main menu's button; the menu opens on the press.
+constexpr int MENU_X = 25, MENU_Y = 49;
 
 int failures = 0;
 
@@ -221,6 +230,124 @@ bool writePpm(const char* path, const std::vector<unsigned char>& rgb) {
     return std::fclose(f) == 0 && ok;
 }
 
+// Watches the process's top-level windows from a thread of its own: a
+// popup menu gets the access key it is expected to get, once; any other
+// menu, and every dialog, is counted, reported and closed.
+class DialogWatch {
+public:
+    DialogWatch() : thread_([this] { run(); }) {}
+    ~DialogWatch() {
+        stop_.store(true);
+        thread_.join();
+    }
+    DialogWatch(const DialogWatch&) = delete;
+    DialogWatch& operator=(const DialogWatch&) = delete;
+
+    // The next menu gets this key.
+    void expectMenu(wchar_t key) { key_.store(key); }
+    int menusAnswered() const { return answered_.load(); }
+    int unexpected() const { return unexpected_.load(); }
+
+private:
+    static BOOL CALLBACK visit(HWND hwnd, LPARAM self) {
+        reinterpret_cast<DialogWatch*>(self)->look(hwnd);
+        return TRUE;
+    }
+
+    void run() {
+        while (!stop_.load()) {
+            // A menu that closed was handled; the next may get its handle.
+            if (handled_ != nullptr && !IsWindowVisible(handled_)) handled_ = nullptr;
+            EnumWindows(&visit, reinterpret_cast<LPARAM>(this));
+            Sleep(20);
+        }
+    }
+
+    void look(HWND hwnd) {
+        DWORD process = 0;
+        GetWindowThreadProcessId(hwnd, &process);
+        if (process != GetCurrentProcessId() || !IsWindowVisible(hwnd) || hwnd == handled_) return;
+        wchar_t name[64] = {};
+        GetClassNameW(hwnd, name, 64);
+        if (std::wstring(name) == L"#32768") {
+            handled_ = hwnd;
+            const wchar_t key = key_.exchange(0);
+            if (key != 0) {
+                PostMessageW(hwnd, WM_CHAR, key, 0);
+                answered_.fetch_add(1);
+            } else {
+                std::printf("FAILED: a popup menu opened that nothing asked for\n");
+                unexpected_.fetch_add(1);
+                PostMessageW(hwnd, WM_KEYDOWN, VK_ESCAPE, 0);
+            }
+        } else if (std::wstring(name) == L"#32770") {
+            handled_ = hwnd;
+            wchar_t title[256] = {};
+            GetWindowTextW(hwnd, title, 256);
+            std::printf("FAILED: a dialog opened: %ls\n", title);
+            unexpected_.fetch_add(1);
+            PostMessageW(hwnd, WM_COMMAND, IDCANCEL, 0);
+            PostMessageW(hwnd, WM_COMMAND, IDOK, 0);
+        }
+    }
+
+    std::atomic<bool> stop_{false};
+    std::atomic<wchar_t> key_{0};
+    std::atomic<int> answered_{0}, unexpected_{0};
+    HWND handled_ = nullptr;  // the watching thread's alone
+    std::thread thread_;
+};
+
+// The Windows clipboard's text, as UTF-8 bytes as they are ("\r\n" kept).
+std::string clipboardText(HWND owner) {
+    std::string text;
+    if (!OpenClipboard(owner)) return text;
+    if (HANDLE data = GetClipboardData(CF_UNICODETEXT)) {
+        if (const auto* units = static_cast<const wchar_t*>(GlobalLock(data))) {
+            const int n = WideCharToMultiByte(CP_UTF8, 0, units, -1, nullptr, 0, nullptr, nullptr);
+            if (n > 1) {
+                text.resize(std::size_t(n));
+                WideCharToMultiByte(CP_UTF8, 0, units, -1, text.data(), n, nullptr, nullptr);
+                text.resize(std::size_t(n - 1));
+            }
+            GlobalUnlock(data);
+        }
+    }
+    CloseClipboard();
+    return text;
+}
+
+// Puts text on the clipboard as a Windows program does: UTF-16, "\r\n".
+bool putOnClipboard(HWND owner, const std::string& utf8) {
+    std::string crlf;
+    for (char c : utf8) {
+        if (c == '\n') crlf += '\r';
+        crlf += c;
+    }
+    const int n = MultiByteToWideChar(CP_UTF8, 0, crlf.c_str(), -1, nullptr, 0);
+    HGLOBAL block = GlobalAlloc(GMEM_MOVEABLE, std::size_t(n) * sizeof(wchar_t));
+    if (block == nullptr) return false;
+    MultiByteToWideChar(CP_UTF8, 0, crlf.c_str(), -1, static_cast<wchar_t*>(GlobalLock(block)), n);
+    GlobalUnlock(block);
+    if (!OpenClipboard(owner)) {
+        GlobalFree(block);
+        return false;
+    }
+    EmptyClipboard();
+    const bool ok = SetClipboardData(CF_UNICODETEXT, block) != nullptr;
+    if (!ok) GlobalFree(block);
+    CloseClipboard();
+    return ok;
+}
+
+std::string programName(Instance& in) {
+    char name[64] = {};
+    in.call(effGetProgramName, 0, 0, name);
+    return name;
+}
+
+std::string narrow(const std::u16string& text) { return std::string(text.begin(), text.end()); }
+
 std::unique_ptr<Instance> instanceWith(const NorvelleProgram& program) {
     auto in = std::make_unique<Instance>(Library::get(nullptr).pluginMain, 44100.0f, 512);
     if (!in->effect) return in;
@@ -305,6 +432,50 @@ void gestures(Instance& in, HWND host, const char* openedPath, const char* gestu
     const std::vector<unsigned char> shown = capture(w);
     check(shown.size() == std::size_t(WIDTH * HEIGHT * 3), "could not read the window's pixels");
     check(writePpm(gesturesPath, shown), "could not write %s", gesturesPath);
+    check(in.call(effEditClose) == 1, "effEditClose failed");
+}
+
+// The main menu is the system's popup menu: "Copy Patch" puts the patch on
+// the Windows clipboard, "Paste Patch" takes another program's patch from
+// it, and text that is no patch pastes nothing. The editor keeps living
+// while the menu is open, and goes on after it.
+void menuAndClipboard(Instance& in, HWND host, DialogWatch& watch) {
+    check(in.call(effEditOpen, 0, 0, host) == 1, "effEditOpen failed");
+    pumpFor(&in, 200);
+    const HWND w = editorWindow(host);
+    if (w == nullptr) return;
+    const int before = watch.menusAnswered();
+
+    watch.expectMenu(L'c');
+    click(in, w, MENU_X, MENU_Y);
+    pumpFor(&in, 100);
+    check(watch.menusAnswered() == before + 1, "the main menu did not open as a popup menu");
+    const std::string copied = clipboardText(host);
+    std::printf("copied: %zu bytes, starting \"%.20s\"\n", copied.size(), copied.c_str());
+    check(copied.rfind("TendranePatch:", 0) == 0, "the clipboard holds no patch after Copy Patch");
+    check(copied.find("\r\n") != std::string::npos, "the copied patch's lines do not end in \\r\\n");
+    try {
+        check(narrow(readProgramText(copied).getName()) == "Radix Gravis", "the copied patch is not the current one");
+    } catch (const std::exception& e) {
+        check(false, "the copied patch does not read: %s", e.what());
+    }
+
+    const NorvelleProgram other = factoryProgram(3);
+    check(putOnClipboard(host, writeProgramText(other, false)), "could not put a patch on the clipboard");
+    watch.expectMenu(L'p');
+    click(in, w, MENU_X, MENU_Y);
+    pumpFor(&in, 200);
+    check(watch.menusAnswered() == before + 2, "the main menu did not open the second time");
+    std::printf("pasted: \"%s\"\n", programName(in).c_str());
+    check(programName(in) == narrow(other.getName()), "Paste Patch did not take the patch from the clipboard");
+
+    const std::string pasted = programName(in);
+    check(putOnClipboard(host, "just some words"), "could not put text on the clipboard");
+    watch.expectMenu(L'p');
+    click(in, w, MENU_X, MENU_Y);
+    pumpFor(&in, 200);
+    check(watch.menusAnswered() == before + 3, "the main menu did not open the third time");
+    check(programName(in) == pasted, "text that is no patch changed the patch");
     check(in.call(effEditClose) == 1, "effEditClose failed");
 }
 
@@ -420,6 +591,7 @@ int main(int argc, char** argv) {
         return 1;
     }
     pumpFor(nullptr, 100);
+    DialogWatch watch;
     {
         auto in = instanceWith(factoryProgram(0));
         if (!in->effect) {
@@ -430,9 +602,14 @@ int main(int argc, char** argv) {
         gestures(*in, host, argv[2], argv[3]);
         hundredTimes(*in, host);
     }
+    {
+        auto in = instanceWith(factoryProgram(0));
+        if (in->effect) menuAndClipboard(*in, host, watch);
+    }
     twoAtOnce(host);
     hostWindowGoneFirst();
     DestroyWindow(host);
+    check(watch.unexpected() == 0, "%d menus or dialogs opened that nothing asked for", watch.unexpected());
     std::printf("%s: %d failed checks\n", failures == 0 ? "passed" : "FAILED", failures);
     return failures;
 }
