@@ -19,6 +19,7 @@
 
 #include <atomic>
 #include <cstdarg>
+#include <cstdint>
 #include <cstdio>
 #include <memory>
 #include <string>
@@ -134,6 +135,17 @@ int handleCount() {
     return GetProcessHandleCount(GetCurrentProcess(), &n) ? int(n) : -1;
 }
 
+// The handle value a new handle gets. Wine hands out the lowest free slot
+// (and counts no handles in GetProcessHandleCount), so handles left open
+// push this up.
+long long nextHandle() {
+    HANDLE h = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    if (h == nullptr) return -1;
+    const long long value = static_cast<long long>(reinterpret_cast<std::uintptr_t>(h));
+    CloseHandle(h);
+    return value;
+}
+
 // Every window of this thread: top-level ones and all below them.
 BOOL CALLBACK countThreadWindow(HWND hwnd, LPARAM count) {
     *reinterpret_cast<int*>(count) += 1 + childWindows(hwnd);
@@ -148,11 +160,12 @@ int threadWindows() {
 
 struct Counts {
     int windows, threads, handles, gdi, user;
+    long long nextHandle;
 };
 
 Counts counts() {
     return {threadWindows(), threadCount(), handleCount(), int(GetGuiResources(GetCurrentProcess(), GR_GDIOBJECTS)),
-            int(GetGuiResources(GetCurrentProcess(), GR_USEROBJECTS))};
+            int(GetGuiResources(GetCurrentProcess(), GR_USEROBJECTS)), nextHandle()};
 }
 
 BOOL CALLBACK firstChild(HWND hwnd, LPARAM found) {
@@ -505,15 +518,17 @@ void hundredTimes(Instance& in, HWND host) {
     pumpFor(nullptr, 50);
     const Counts last = counts();
     std::printf("100 openings: child windows %d; windows of the thread %d -> %d, threads %d -> %d, handles %d -> %d, "
-                "GDI objects %d -> %d, USER objects %d -> %d\n",
+                "GDI objects %d -> %d, USER objects %d -> %d, next handle %#llx -> %#llx\n",
                 childWindows(host), first.windows, last.windows, first.threads, last.threads, first.handles,
-                last.handles, first.gdi, last.gdi, first.user, last.user);
+                last.handles, first.gdi, last.gdi, first.user, last.user, first.nextHandle, last.nextHandle);
     check(childWindows(host) == 0, "%d child windows left", childWindows(host));
     check(last.windows == first.windows, "windows grew from %d to %d", first.windows, last.windows);
     check(last.threads == first.threads, "threads grew from %d to %d", first.threads, last.threads);
     check(last.handles <= first.handles, "handles grew from %d to %d", first.handles, last.handles);
     check(last.gdi <= first.gdi, "GDI objects grew from %d to %d", first.gdi, last.gdi);
     check(last.user <= first.user, "USER objects grew from %d to %d", first.user, last.user);
+    check(last.nextHandle <= first.nextHandle, "handles were left open: the next handle moved from %#llx to %#llx",
+          first.nextHandle, last.nextHandle);
 }
 
 // Two editors at once in two windows, closed in turn; the window class goes
