@@ -14,6 +14,7 @@
 #include "fomal/LayoutView.h"
 #include "fomal/MessageCatalogue.h"
 #include "fomal/View.h"
+#include "notation/Escape.h"
 #include "patch/FactoryPatches.h"
 #include "patch/ProgramText.h"
 #include "pixels/Png.h"
@@ -38,7 +39,9 @@ const char* const kPanelUsage =
     "status 1.\n"
     "\n"
     "  --factory N          factory patch N, 0 to 15\n"
-    "  --layout NAME        the product's layout of that name (\"main\" by default)\n"
+    "  --layout NAME        opens the product's layout of that name (\"dna\", \"midi\",\n"
+    "                       \"about\", ...) as a modal over the main panel, as its\n"
+    "                       menu entry does, and lets it come in for 1 s first\n"
     "  --layout-file FILE   a layout from a file (how a layout author previews work)\n"
     "  --events FILE        events, one a line:\n"
     "                         move X Y, down X Y [MODS], up X Y [MODS],\n"
@@ -61,6 +64,8 @@ namespace {
 constexpr double RATE = 44100.0;
 constexpr int BLOCK = 64;
 constexpr int UNDO_LIMIT = 100;
+// How long a layout opened with --layout is given to come in.
+constexpr std::int64_t MODAL_OPENING_MS = 1000;
 
 VstIntPtr VST_CALL panelHost(AEffect*, VstInt32 opcode, VstInt32, VstIntPtr, void*, float) {
     return opcode == audioMasterVersion ? 2400 : 0;
@@ -248,8 +253,19 @@ int runPanel(const std::vector<std::string>& args) {
     const Fomal::ScriptSetup scripts = views::applicationScripts(session.host(), editor);
     const bool opened = options.has("layout-file")
                             ? editor.openText(scripts, readFile(options.value("layout-file"), "layout"))
-                            : editor.open(scripts, options.has("layout") ? options.value("layout") : "main");
+                            : editor.open(scripts, "main");
     if (!opened) return 1;
+    // Another layout of the product opens as the panel's scripts open it,
+    // as a modal over the main panel, and comes fully in before the events.
+    if (options.has("layout") && options.value("layout") != "main") {
+        const std::string name = options.value("layout");
+        editor.actions().perform(*editor.root(), ">modal", notation::escape(name), true);
+        if (editor.root()->findView(name) == nullptr) return 1;
+        PanelEvent settle;
+        settle.kind = PanelEvent::Kind::wait;
+        settle.ms = MODAL_OPENING_MS;
+        session.run(settle);
+    }
     for (const PanelEvent& e : events) session.run(e);
 
     editor.paint();
