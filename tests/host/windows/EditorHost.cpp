@@ -13,7 +13,9 @@
 //
 // The pictures are written as binary PPM (RGB); the script compares them
 // with `tendrane panel` of the same events. Every failed check prints a
-// line starting with "FAILED"; the exit status is the count of them.
+// line starting with "FAILED"; the exit status is the count of them, or 77
+// when the plug-in says it has no editor (a build that cannot read the
+// panel's PNG images), with nothing else run.
 #include <windows.h>
 #include <tlhelp32.h>
 
@@ -612,6 +614,10 @@ int main(int argc, char** argv) {
         if (!in->effect) {
             std::printf("FAILED: the plug-in made no instance\n");
             return 1;
+        }
+        if ((in->effect->flags & effFlagsHasEditor) == 0) {
+            std::printf("no editor: the plug-in says it has none\n");
+            return 77;
         }
         sizeAndWindow(*in, host);
         gestures(*in, host, argv[2], argv[3]);
