@@ -208,12 +208,21 @@ void EditorCore::mouseMove(const MouseEvent& e) {
                 updateHover(e.x, e.y);
             return;
         }
-        if (View* top = topOverlay()) top->mouseMove(e);
+        View* top = topOverlay();
+        if (top != nullptr) top->mouseMove(e);
         invalidate(hint_.hide());
         hintDue_ = now() + HINT_DELAY_MS;
         wakeAt(hintDue_);
-        View* hit = root_ ? root_->hitTest(e.x, e.y) : nullptr;
+        View* hit = root_ && e.x >= 0 && e.y >= 0 ? root_->hitTest(e.x, e.y) : nullptr;
         cursor_ = hit != nullptr ? hit->cursor() : (root_ ? root_->cursor() : Cursor::arrow);
+        // The view under the mouse hears it, and the one it left that it left;
+        // an open alert or menu keeps the mouse from the panel.
+        if (top != nullptr) hit = nullptr;
+        View* before = alive(hovered_, hoveredLife_) ? hovered_ : nullptr;
+        if (before != nullptr && before != hit) before->hoverEnds();
+        hovered_ = hit;
+        hoveredLife_ = hit != nullptr ? hit->lifeToken() : std::weak_ptr<const char>();
+        if (hit != nullptr) hit->hover(e);
     });
 }
 
@@ -279,6 +288,8 @@ std::string EditorCore::hintAt(int x, int y) {
         if (!v->hint()) continue;
         std::string text = *v->hint();
         const std::string value = v->valueText();
+        // An empty hint lets the view say what the mouse is over.
+        if (text.empty()) return substituteText(value, *this);
         for (std::size_t at = text.find("^X"); at != std::string::npos; at = text.find("^X", at + value.size()))
             text.replace(at, 2, value);
         return substituteText(text, *this);

@@ -159,7 +159,8 @@ private:
     NativeDialogs* native_ = nullptr;
     View* captured_ = nullptr;
     View* focus_ = nullptr;
-    std::weak_ptr<const char> capturedLife_, focusLife_;
+    View* hovered_ = nullptr;
+    std::weak_ptr<const char> capturedLife_, focusLife_, hoveredLife_;
     HintWindow hint_;
     int mouseX_ = -1, mouseY_ = -1;
     std::int64_t hintDue_ = INT64_MAX;

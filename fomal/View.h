@@ -60,6 +60,10 @@ public:
     virtual bool mouseDown(const MouseEvent&) { return false; }
     virtual void mouseMove(const MouseEvent&) {}
     virtual void mouseUp(const MouseEvent&) {}
+    // The mouse over the view with no button held (panel coordinates),
+    // and leaving it for another view.
+    virtual void hover(const MouseEvent&) {}
+    virtual void hoverEnds() {}
     // The view with focus gets the keys; true if it used the key.
     virtual bool keyDown(const KeyEvent&) { return false; }
     // The editor's idle tick, for views that asked for one (askForTicks).

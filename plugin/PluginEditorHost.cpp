@@ -58,7 +58,9 @@ void PluginEditorHost::beginEdit(std::string_view label) {
     if (i < 0) return;
     editing_ = std::string(label);
     editSaved_ = false;
-    plugin_.beginEdit(i);
+    // A gesture may move several parameters at once (a cloned plant's
+    // branches): each has its own begin and end for the host.
+    if (gestures_.insert(i).second) plugin_.beginEdit(i);
 }
 
 void PluginEditorHost::changeControl(std::string_view label, double value) {
@@ -90,10 +92,12 @@ void PluginEditorHost::changeControl(std::string_view label, double value) {
 
 void PluginEditorHost::endEdit(std::string_view label) {
     const int i = parameterIndex(label);
-    if (i < 0 || editing_ != label) return;
-    editing_.clear();
-    editSaved_ = false;
-    plugin_.endEdit(i);
+    if (i < 0) return;
+    if (editing_ == label) {
+        editing_.clear();
+        editSaved_ = false;
+    }
+    if (gestures_.erase(i) != 0) plugin_.endEdit(i);
 }
 
 int PluginEditorHost::controllerOf(int function) const {

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <map>
+#include <set>
 #include <string>
 
 #include "fomal/EditorHost.h"
@@ -90,6 +91,8 @@ private:
     // The control being dragged, and whether its first change is saved.
     std::string editing_;
     bool editSaved_ = false;
+    // The parameters whose gesture the host has heard begin and not end.
+    std::set<int> gestures_;
     std::uint64_t revision_ = 0;
     int historyProgram_ = 0;
     int selectedBranch_ = -1;

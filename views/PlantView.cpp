@@ -151,6 +151,10 @@ void PlantView::clearHover() {
     hoverBranch_ = -1;
 }
 
+void PlantView::hover(const Fomal::MouseEvent& e) { hoverAt(e.x, e.y); }
+
+void PlantView::hoverEnds() { clearHover(); }
+
 void PlantView::hoverAt(int x, int y) {
     const int before = hoverBranch_;
     const bool wasOver = overPlant_, wasWheel = overWheel_, wasHandle = overHandle_;
@@ -236,8 +240,7 @@ void PlantView::mouseUp(const Fomal::MouseEvent& e) {
         update();
         finished->end(e);
     }
-    // No move reaches the view once the button is up: what the mouse was
-    // over is forgotten with the press.
+    // What the mouse is over after the release, the next move tells.
     clearHover();
     changed();
 }

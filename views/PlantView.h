@@ -65,6 +65,8 @@ public:
     bool hitsAt(int x, int y) const override;
     bool mouseDown(const Fomal::MouseEvent& e) override;
     void mouseMove(const Fomal::MouseEvent& e) override;
+    void hover(const Fomal::MouseEvent& e) override;
+    void hoverEnds() override;
     void mouseUp(const Fomal::MouseEvent& e) override;
     void idle(std::int64_t now) override;
     void refreshState() override;

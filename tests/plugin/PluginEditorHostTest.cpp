@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <filesystem>
 #include <fstream>
@@ -400,4 +401,19 @@ TEST(PluginEditorHostTest, TheJugglersControlsBelongToThePanel) {
     EXPECT_FALSE(f.host->canUndo());
     EXPECT_TRUE(f.log.opcodes.empty());
     EXPECT_FALSE(f.host->hasControl("NoSuchControl"));
+}
+
+// One gesture over several parameters (a cloned plant's branches): the host
+// hears each begin and each end.
+TEST(PluginEditorHostTest, AGestureOverSeveralParametersEndsEachOfThem) {
+    Fixture f;
+    for (const char* branch : {"Branch1", "Branch2", "Branch3"}) f.host->beginEdit(branch);
+    for (const char* branch : {"Branch1", "Branch2", "Branch3"}) f.host->endEdit(branch);
+    const long begins = std::count(f.log.opcodes.begin(), f.log.opcodes.end(), int(audioMasterBeginEdit));
+    const long ends = std::count(f.log.opcodes.begin(), f.log.opcodes.end(), int(audioMasterEndEdit));
+    EXPECT_EQ(begins, 3);
+    EXPECT_EQ(ends, 3);
+    // An end without a begin says nothing.
+    f.host->endEdit("Branch4");
+    EXPECT_EQ(std::count(f.log.opcodes.begin(), f.log.opcodes.end(), int(audioMasterEndEdit)), 3);
 }

@@ -750,3 +750,25 @@ TEST(PlantViewTest, EachTickRedrawsTheWholeViewUnlessTheSuspendedPlantStandsStil
     e.wait(100);
     EXPECT_TRUE(e.core.paint().isEmpty());
 }
+
+// The mouse over the plant with no button held: the branch under it is
+// hovered, with the plant's own hint (none on the main panel); a drag shows
+// the branch's value in the hint window as it changes; leaving the plant
+// forgets the branch.
+TEST(PlantViewTest, TheMouseOverABranchHoversItAndADragShowsItsValue) {
+    Plant e(withBranches({0.25f}));
+    int x, y;
+    Plant::pointOf(0, 0.25, x, y);
+    e.core.mouseMove({x, y, 0});
+    EXPECT_EQ(e.view().hoverBranch(), 0);
+    e.wait(Fomal::EditorCore::HINT_DELAY_MS);
+    EXPECT_EQ(e.core.hint().text(), "");
+    e.core.mouseDown({x, y, Fomal::LEFT_BIT});
+    e.core.mouseMove({x, y + 10, Fomal::LEFT_BIT});
+    ASSERT_TRUE(e.core.hint().shown());
+    EXPECT_EQ(e.core.hint().text(), "Branch C (1) = " + e.host.controlText("Branch1"));
+    e.core.mouseUp({x, y + 10, Fomal::LEFT_BIT});
+    // Out of the plant: the branch is forgotten.
+    e.core.mouseMove({2, 2, 0});
+    EXPECT_EQ(e.view().hoverBranch(), -1);
+}
