@@ -12,7 +12,7 @@ packages_for() {
     fuzz)  echo clang libclang-rt-14-dev ;;
     cross) echo g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix ;;
     tools) echo libfreetype-dev fonts-league-spartan fonts-open-sans ;;
-    host)  echo ardour wine64 python3 g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64 xvfb ;;
+    host)  echo ardour wine64 python3 g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64 xvfb xauth ;;
     *) echo "setup-debian: unknown package group '$1'" >&2; exit 1 ;;
   esac
 }
