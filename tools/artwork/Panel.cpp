@@ -158,9 +158,10 @@ Picture drawAboutBoxOverlay(int scale) {
     Polygon rule;
     rule.addLine(196, 92, 342, 92);
     p.stroke(rule, pen(rgba(0x5A, 0x66, 0x4C), 1.0, OrlPixels::BUTT_CAPS));
-    const char* lines[] = {"Twelve branches, one for", "each note of the octave.", "Drag them to grow the sound,",
-                           "plant one to start anew.", "", "Type: League Spartan and", "Open Sans, under their",
-                           "own free licences."};
+    // Each line fits between the rule's ends (196 to 342).
+    const char* lines[] = {"Twelve branches, one for", "each note of the octave.", "Drag them to grow the",
+                           "sound, plant one to start", "anew.", "", "Type: League Spartan and",
+                           "Open Sans, under their", "own free licences."};
     double y = 104;
     for (const char* line : lines) {
         p.text("futura14_lt", 2.7, line, 196, y, soft);
