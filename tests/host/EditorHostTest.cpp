@@ -222,12 +222,22 @@ void writeShot(const std::vector<std::uint32_t>& rgb, const std::string& name) {
         .write(reinterpret_cast<const char*>(png.data()), std::streamsize(png.size()));
 }
 
-// The count of pixels that differ; where they lie goes to the log.
+// The plant sways a little even when no note sounds, with a phase that
+// follows the ticks: a window on the real clock and the headless panel on
+// its virtual one show it at different moments. Its disc is left out of
+// the comparison; the plant's own pictures are pinned by the plant's tests.
+bool inPlant(int x, int y) {
+    const int dx = x - 192, dy = y - 264;
+    return dx * dx + dy * dy <= 114 * 114;
+}
+
+// The count of pixels that differ outside the plant; where they lie goes to
+// the log.
 int differingPixels(const std::vector<std::uint32_t>& a, const std::vector<std::uint32_t>& b) {
     if (a.size() != b.size()) return -1;
     int n = 0, left = WIDTH, top = HEIGHT, right = -1, bottom = -1;
     for (std::size_t i = 0; i < a.size(); ++i) {
-        if (a[i] == b[i]) continue;
+        if (a[i] == b[i] || inPlant(int(i % WIDTH), int(i / WIDTH))) continue;
         ++n;
         if (n <= 8) std::printf("  (%d, %d): %06x against %06x\n", int(i % WIDTH), int(i / WIDTH), a[i], b[i]);
         const int x = int(i % WIDTH), y = int(i / WIDTH);
