@@ -377,12 +377,21 @@ private:
         if (!r.isEmpty()) {
             const std::vector<OrlPixels::Pixel>& pixels = core_.pixels();
             const int width = Fomal::EditorCore::WIDTH;
+            // Premultiplied colour over black: the colour bytes as they are,
+            // placed where the visual keeps them (the usual visual keeps them
+            // where the panel does).
+            const bool usual = red_.shift == 16 && green_.shift == 8 && blue_.shift == 0 && red_.bits == 8 &&
+                               green_.bits == 8 && blue_.bits == 8;
             for (int y = r.top; y < r.bottom(); ++y) {
-                for (int x = r.left; x < r.right(); ++x) {
-                    // Premultiplied colour over black: the colour bytes as they are.
-                    const OrlPixels::Pixel p = pixels[std::size_t(y) * width + x];
-                    frame_[std::size_t(y) * width + x] =
-                        red_.place((p >> 16) & 0xFF) | green_.place((p >> 8) & 0xFF) | blue_.place(p & 0xFF);
+                const OrlPixels::Pixel* from = pixels.data() + std::size_t(y) * width;
+                std::uint32_t* to = frame_.data() + std::size_t(y) * width;
+                if (usual) {
+                    for (int x = r.left; x < r.right(); ++x) to[x] = from[x] & 0x00FFFFFFu;
+                } else {
+                    for (int x = r.left; x < r.right(); ++x) {
+                        const OrlPixels::Pixel p = from[x];
+                        to[x] = red_.place((p >> 16) & 0xFF) | green_.place((p >> 8) & 0xFF) | blue_.place(p & 0xFF);
+                    }
                 }
             }
             XPutImage(display_, window_, gc_, image_, r.left, r.top, r.left, r.top, unsigned(r.width),
