@@ -556,3 +556,26 @@ TEST_F(EditorHost, PressingTheSeedSoundsANote) {
     idleFor(*in, 50);
     EXPECT_EQ(in->call(effEditClose), 1);
 }
+
+// A suspended plug-in: the plant droops until it stands still, and then the
+// window shows what the headless panel shows, plant and all.
+TEST_F(EditorHost, ASuspendedPanelStandsStillAsTheHeadlessOne) {
+    auto in = instanceWith(factoryProgram(0));
+    ASSERT_EQ(in->call(effEditOpen, 0, 0, reinterpret_cast<void*>(parent_)), 1);
+    idleFor(*in, 300);
+    const Window w = editorWindow();
+    ASSERT_NE(w, 0u);
+    in->call(effStopProcess);
+    in->call(effMainsChanged, 0, 0);
+    idleFor(*in, 8000);
+    const std::vector<std::uint32_t> shown = screenshot(w);
+    const std::vector<std::uint32_t> headless = headlessPanel("wait 300\nsuspend\nwait 8000\n", "suspended");
+    writeShot(shown, "suspended");
+    ASSERT_EQ(headless.size(), shown.size()) << "tendrane panel did not draw";
+    std::size_t differing = 0;
+    for (std::size_t i = 0; i < shown.size(); ++i) differing += shown[i] != headless[i];
+    EXPECT_EQ(differing, 0u) << "compare " << TENDRANE_BINARY_DIR << "/editor-host/suspended-*.png";
+    in->call(effMainsChanged, 0, 1);
+    in->call(effStartProcess);
+    EXPECT_EQ(in->call(effEditClose), 1);
+}
