@@ -10,9 +10,9 @@ packages_for() {
                 libpng-dev zlib1g-dev libcurl4-openssl-dev libx11-dev \
                 libfreetype-dev libfontconfig-dev fonts-dejavu-core locales ;;
     fuzz)  echo clang libclang-rt-14-dev ;;
-    cross) echo g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix ;;
+    cross) echo g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix libz-mingw-w64-dev ;;
     tools) echo libfreetype-dev fonts-league-spartan fonts-open-sans ;;
-    host)  echo ardour wine64 python3 g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64 xvfb xauth ;;
+    host)  echo ardour wine64 python3 g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64 libz-mingw-w64-dev xvfb xauth ;;
     *) echo "setup-debian: unknown package group '$1'" >&2; exit 1 ;;
   esac
 }
