@@ -3,9 +3,11 @@
 #include <memory>
 
 #include "fomal/ActionDispatcher.h"
+#include "fomal/EditorCore.h"
 #include "fomal/EditorHost.h"
 #include "fomal/EditorServices.h"
 #include "fomal/LayoutView.h"
+#include "fomal/MidiConfigDialog.h"
 #include "fomal/NotationNames.h"
 #include "fomal/View.h"
 #include "fomal/ViewFactory.h"
@@ -333,8 +335,11 @@ std::string preview(const ActionCall& c) {
     return nothing();
 }
 
+// The MIDI configuration dialog, drawn by the panel over everything.
 std::string midiConfig(const ActionCall& c) {
-    editorOf(c).host().midiConfiguration();
+    auto* core = dynamic_cast<EditorCore*>(&editorOf(c));
+    if (core == nullptr) throw Exception("The MIDI configuration dialog needs the editor");
+    core->openOverlay(std::make_unique<MidiConfigDialog>(*core));
     return nothing();
 }
 

@@ -6,6 +6,7 @@
 #include "fomal/AlertBox.h"
 #include "fomal/FileDialogView.h"
 #include "fomal/LayoutView.h"
+#include "fomal/MidiConfigDialog.h"
 #include "fomal/PopupMenu.h"
 #include "platform/ErrorAlert.h"
 #include "quol/Exception.h"
@@ -411,12 +412,21 @@ bool EditorCore::choose(std::string_view title) {
     if (top == nullptr) return false;
     bool chosen = false;
     guarded([&] {
-        if (auto* alert = dynamic_cast<AlertBox*>(top))
-            chosen = alert->choose(title);
-        else if (auto* menu = dynamic_cast<PopupMenu*>(top))
-            chosen = menu->choose(title);
-        else if (auto* files = dynamic_cast<FileDialogView*>(top))
-            chosen = files->choose(title);
+        // What the choice starts may fail (a file that does not read): it
+        // was chosen all the same, and the failure is shown.
+        try {
+            if (auto* alert = dynamic_cast<AlertBox*>(top))
+                chosen = alert->choose(title);
+            else if (auto* menu = dynamic_cast<PopupMenu*>(top))
+                chosen = menu->choose(title);
+            else if (auto* files = dynamic_cast<FileDialogView*>(top))
+                chosen = files->choose(title);
+            else if (auto* midi = dynamic_cast<MidiConfigDialog*>(top))
+                chosen = midi->choose(title);
+        } catch (...) {
+            chosen = true;
+            throw;
+        }
     });
     return chosen;
 }

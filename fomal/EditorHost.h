@@ -13,6 +13,21 @@
 
 namespace Fomal {
 
+// What the MIDI configuration dialog shows and edits of the instance's
+// MIDI configuration.
+struct MidiSettings {
+    int inputChannel = -1;   // 0 to 15, -1 for none (every channel)
+    int outputChannel = 0;   // 0 to 15, -1 for none
+    int pitchWheelRange = 12;  // semitones, 0 to 12
+    int velocityCurve = 1;   // 0 soft, 1 standard, 2 hard
+    bool programChanges = false;
+    bool selectWithNotes = true;
+    // How many controllers differ from the defaults; only shown.
+    int reassignedControllers = 0;
+
+    bool operator==(const MidiSettings&) const = default;
+};
+
 class EditorHost {
 public:
     virtual ~EditorHost() = default;
@@ -86,7 +101,26 @@ public:
     virtual void stepPatch(int direction) = 0;
     virtual void launch(std::string_view path, std::string_view relativeTo) = 0;
     virtual void openURL(std::string_view url) = 0;
-    virtual void midiConfiguration() = 0;
+
+    // The instance's MIDI configuration. Every change is heard at once and
+    // kept in the host's chunk. A change of the settings leaves the
+    // controllers as they are.
+    virtual MidiSettings midiSettings() const = 0;
+    virtual void changeMidiSettings(const MidiSettings& settings) = 0;
+    // The whole configuration as its text, without a path; a text that
+    // does not read throws and leaves the configuration as it was.
+    virtual std::string midiConfigText() const = 0;
+    virtual void setMidiConfigText(std::string_view text) = 0;
+    // Every value, the controllers too, back to the defaults.
+    virtual void resetMidiConfig() = 0;
+    // The open (save false) or save dialog for MIDI configuration files.
+    virtual FileDialogRequest midiConfigDialog(bool save) = 0;
+    // A file that does not read leaves the configuration as it was; a file
+    // chosen makes its folder the dialogs' folder.
+    virtual void loadMidiConfig(std::string_view path) = 0;
+    virtual void saveMidiConfig(std::string_view path) = 0;
+    // What new instances without a chunk of their own start with.
+    virtual void makeMidiConfigDefault() = 0;
     virtual void stopLearning() = 0;
 };
 

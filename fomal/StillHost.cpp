@@ -53,6 +53,24 @@ void StillHost::loadPatch(std::string_view, std::string_view, bool) { unavailabl
 void StillHost::savePatch(std::string_view) { unavailable("Saving the patch"); }
 void StillHost::launch(std::string_view, std::string_view) { unavailable("Opening a file"); }
 void StillHost::openURL(std::string_view) { unavailable("Opening a web page"); }
-void StillHost::midiConfiguration() { unavailable("The MIDI configuration"); }
+
+void StillHost::changeMidiSettings(const MidiSettings& settings) {
+    midi_ = settings;
+    ++revision_;
+}
+std::string StillHost::midiConfigText() const { unavailable("The MIDI configuration's text"); }
+void StillHost::setMidiConfigText(std::string_view) { unavailable("The MIDI configuration's text"); }
+void StillHost::resetMidiConfig() { changeMidiSettings(MidiSettings()); }
+FileDialogRequest StillHost::midiConfigDialog(bool save) {
+    FileDialogRequest request;
+    request.save = save;
+    request.title = "Tendrane MIDI Config";
+    request.filters = {FileFilter{"Quillbrook MIDI Config", {"*.qbmc"}}};
+    request.extension = "qbmc";
+    return request;
+}
+void StillHost::loadMidiConfig(std::string_view) { unavailable("Loading a MIDI configuration"); }
+void StillHost::saveMidiConfig(std::string_view) { unavailable("Saving the MIDI configuration"); }
+void StillHost::makeMidiConfigDefault() { unavailable("A default MIDI configuration"); }
 
 }  // namespace Fomal

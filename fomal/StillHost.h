@@ -58,7 +58,18 @@ public:
     void stepPatch(int) override {}
     void launch(std::string_view, std::string_view) override;
     void openURL(std::string_view) override;
-    void midiConfiguration() override;
+
+    // The MIDI settings are kept here as plain values; there is no text,
+    // no file and no store behind them.
+    MidiSettings midiSettings() const override { return midi_; }
+    void changeMidiSettings(const MidiSettings& settings) override;
+    std::string midiConfigText() const override;
+    void setMidiConfigText(std::string_view text) override;
+    void resetMidiConfig() override;
+    FileDialogRequest midiConfigDialog(bool save) override;
+    void loadMidiConfig(std::string_view path) override;
+    void saveMidiConfig(std::string_view path) override;
+    void makeMidiConfigDefault() override;
 
 private:
     std::string patchName_;
@@ -67,6 +78,7 @@ private:
     int gestures_ = 0;
     std::map<int, int> controllers_;
     int learning_ = -1;
+    MidiSettings midi_;
 };
 
 }  // namespace Fomal

@@ -1,23 +1,23 @@
 #include "plugin/PluginEditorHost.h"
 
+#include <algorithm>
 #include <cmath>
+#include <optional>
 
+#include "patch/MidiConfigDefaults.h"
 #include "patch/MidiConfigText.h"
 #include "patch/PatchFiles.h"
 #include "patch/ParameterTable.h"
+#include "patch/Preferences.h"
 #include "plugin/ParameterText.h"
 #include "plugin/PluginCore.h"
 #include "platform/Exceptions.h"
+#include "platform/OrlFiles/File.h"
 #include "platform/OrlFiles/Files.h"
+#include "platform/OrlFiles/SafeFileWriter.h"
 #include "platform/SystemOpen.h"
 #include "platform/UserFolders.h"
 #include "platform/Utf16.h"
-
-namespace {
-
-[[noreturn]] void unavailable(const char* what) { throw Exception(std::string(what) + " is not available yet"); }
-
-}  // namespace
 
 PluginEditorHost::PluginEditorHost(PluginCore& plugin, const int& undoLimit, UndoHistory::Translator translate)
     : plugin_(plugin),
@@ -246,7 +246,105 @@ void PluginEditorHost::launch(std::string_view path, std::string_view relativeTo
 
 void PluginEditorHost::openURL(std::string_view url) { platform::openWithSystem(url); }
 
-// The MIDI configuration dialog comes with the editor's windows.
-void PluginEditorHost::midiConfiguration() { unavailable("The MIDI configuration"); }
+MidiConfigRecord PluginEditorHost::midiConfig() const {
+    VersionedCell<MidiConfigRecord>& cell = plugin_.midiConfig();
+    MidiConfigRecord* current = cell.acquire();
+    MidiConfigRecord copy = *current;
+    cell.release(current);
+    return copy;
+}
+
+void PluginEditorHost::publishMidiConfig(const MidiConfigRecord& config) {
+    plugin_.midiConfig().publish(config);
+    ++revision_;
+}
+
+Fomal::MidiSettings PluginEditorHost::midiSettings() const {
+    const MidiConfigRecord config = midiConfig();
+    Fomal::MidiSettings s;
+    s.inputChannel = config.inputMidiChannel;
+    s.outputChannel = config.outputMidiChannel;
+    s.pitchWheelRange = config.pitchWheelRange;
+    s.velocityCurve = config.velocityCurve;
+    s.programChanges = config.supportMidiProgramChange;
+    s.selectWithNotes = config.autoSelect;
+    s.reassignedControllers = reassignedControllerCount(config);
+    return s;
+}
+
+void PluginEditorHost::changeMidiSettings(const Fomal::MidiSettings& s) {
+    MidiConfigRecord config = midiConfig();
+    config.inputMidiChannel = std::clamp(s.inputChannel, -1, 15);
+    config.outputMidiChannel = std::clamp(s.outputChannel, -1, 15);
+    config.pitchWheelRange = std::clamp(s.pitchWheelRange, 0, 12);
+    config.velocityCurve = std::clamp(s.velocityCurve, 0, 2);
+    config.supportMidiProgramChange = s.programChanges;
+    config.autoSelect = s.selectWithNotes;
+    publishMidiConfig(config);
+}
+
+std::string PluginEditorHost::midiConfigText() const { return writeMidiConfig(midiConfig(), false); }
+
+void PluginEditorHost::setMidiConfigText(std::string_view text) {
+    // Read whole before anything changes.
+    publishMidiConfig(readMidiConfig(u"", text));
+}
+
+void PluginEditorHost::resetMidiConfig() { publishMidiConfig(MidiConfigRecord()); }
+
+namespace {
+
+constexpr const char* MIDI_CONFIG_FOLDER_KEY = "currentMidiConfigDir";
+
+void rememberMidiConfigFolder(const OrlFiles::Path& file) {
+    try {
+        Preferences::write(MIDI_CONFIG_FOLDER_KEY, file.parent().utf8());
+    } catch (const std::exception&) {
+        // The folder is a convenience: a store that can't be written loses it.
+    }
+}
+
+}  // namespace
+
+Fomal::FileDialogRequest PluginEditorHost::midiConfigDialog(bool save) {
+    Fomal::FileDialogRequest request;
+    request.save = save;
+    request.title = "Tendrane MIDI Config";
+    try {
+        if (const std::optional<std::string> folder = Preferences::read(MIDI_CONFIG_FOLDER_KEY)) request.folder = *folder;
+    } catch (const std::exception&) {
+        // Preferences that can't be read: the dialog opens where it likes.
+    }
+    if (save) {
+        const std::u16string source = midiConfig().sourcePath;
+        request.fileName = source.empty() ? "MIDI Config.qbmc"
+                                          : platform::utf16ToUtf8Lossy(OrlFiles::Path::parse(source).name());
+    }
+    request.filters = {Fomal::FileFilter{"Quillbrook MIDI Config", {"*.qbmc"}}};
+    request.extension = "qbmc";
+    return request;
+}
+
+void PluginEditorHost::loadMidiConfig(std::string_view path) {
+    const OrlFiles::Path file = OrlFiles::Path::parse(path);
+    const std::string text = OrlFiles::readWholeFile(file);
+    publishMidiConfig(readMidiConfig(file.text(), text));
+    rememberMidiConfigFolder(file);
+}
+
+void PluginEditorHost::saveMidiConfig(std::string_view path) {
+    const OrlFiles::Path file = OrlFiles::Path::parse(path);
+    MidiConfigRecord config = midiConfig();
+    config.sourcePath = file.text();
+    const std::string text = writeMidiConfig(config, true);
+    OrlFiles::SafeFileWriter writer(file);
+    writer.write(text);
+    writer.commit();
+    config.sourceText = text;
+    publishMidiConfig(config);
+    rememberMidiConfigFolder(file);
+}
+
+void PluginEditorHost::makeMidiConfigDefault() { ::makeMidiConfigDefault(midiConfig()); }
 
 void PluginEditorHost::stopLearning() { plugin_.learnTarget().store(-1); }

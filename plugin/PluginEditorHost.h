@@ -10,6 +10,7 @@
 #include <string>
 
 #include "fomal/EditorHost.h"
+#include "patch/MidiConfigRecord.h"
 #include "patch/PatchBrowser.h"
 #include "patch/UndoHistory.h"
 #include "views/ProgramHost.h"
@@ -73,7 +74,18 @@ public:
     void stepPatch(int direction) override;
     void launch(std::string_view path, std::string_view relativeTo) override;
     void openURL(std::string_view url) override;
-    void midiConfiguration() override;
+
+    // The instance's MIDI configuration, published to the plug-in at once;
+    // its files and the default in the preferences.
+    Fomal::MidiSettings midiSettings() const override;
+    void changeMidiSettings(const Fomal::MidiSettings& settings) override;
+    std::string midiConfigText() const override;
+    void setMidiConfigText(std::string_view text) override;
+    void resetMidiConfig() override;
+    Fomal::FileDialogRequest midiConfigDialog(bool save) override;
+    void loadMidiConfig(std::string_view path) override;
+    void saveMidiConfig(std::string_view path) override;
+    void makeMidiConfigDefault() override;
     void stopLearning() override;
 
     UndoHistory& history() { return history_; }
@@ -84,6 +96,8 @@ public:
 private:
     NorvelleProgram currentProgram() const override;
     void setCurrentProgram(const NorvelleProgram& record) override;
+    MidiConfigRecord midiConfig() const;
+    void publishMidiConfig(const MidiConfigRecord& config);
 
     PluginCore& plugin_;
     UndoHistory history_;
