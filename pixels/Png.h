@@ -1,4 +1,6 @@
-// PNG decoding and encoding (through libpng, from and to memory).
+// PNG decoding and encoding, from and to memory: through libpng, or where it
+// is missing through our own reader over zlib (PngDecoder.h), which decodes
+// alike and does not encode.
 #pragma once
 
 #include <cstddef>

@@ -277,9 +277,10 @@ class ImageData {
 public:
     ImageData(ChunkReader& chunks, const Header& header, const Chunk& first)
         : chunks_(chunks), header_(header), current_(first), left_(first.length) {
+        // Checked before inflate owns memory: a throw here runs no destructor.
+        if (!current_.crcOk) invalid();
         std::memset(&z_, 0, sizeof z_);
         if (inflateInit2(&z_, 0) != Z_OK) invalid();
-        if (!current_.crcOk) invalid();
     }
     ~ImageData() { inflateEnd(&z_); }
     ImageData(const ImageData&) = delete;
