@@ -116,7 +116,16 @@ TEST(PanelMidiConfigTest, OkAndEscapeCloseTheDialog) {
     EXPECT_NE(escape.status, 0);
     EXPECT_NE(escape.err.find("events line 5: no menu entry or alert button 'OK' is open"), std::string::npos)
         << escape.err;
-    // While it is open, its buttons answer.
+    // While it is open, its buttons answer; Make Default writes to
+    // preferences of this test's own.
+    const std::filesystem::path config = tempPath("config");
+    const char* was = std::getenv("XDG_CONFIG_HOME");
+    const std::string saved = was != nullptr ? was : "";
+    setenv("XDG_CONFIG_HOME", config.c_str(), 1);
     PanelRun open = panel(std::string(OPEN) + "choose Reset\nchoose Make Default\nchoose OK\nchoose Cancel\n", {});
+    if (was != nullptr) setenv("XDG_CONFIG_HOME", saved.c_str(), 1);
+    else unsetenv("XDG_CONFIG_HOME");
     EXPECT_EQ(open.status, 0) << open.err;
+    EXPECT_TRUE(std::filesystem::exists(config));
+    std::filesystem::remove_all(config);
 }

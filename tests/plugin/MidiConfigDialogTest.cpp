@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <memory>
@@ -40,8 +41,28 @@ std::string fileText(const fs::path& path) {
     return out.str();
 }
 
+// Preferences of the test's own, under its folder: the dialogs' folder and
+// the default it writes are not seen by tests running beside it.
+struct OwnPreferences {
+    std::string saved;
+    bool had = false;
+    explicit OwnPreferences(const fs::path& dir) {
+        if (const char* was = std::getenv("XDG_CONFIG_HOME")) {
+            saved = was;
+            had = true;
+        }
+        fs::create_directories(dir);
+        setenv("XDG_CONFIG_HOME", dir.c_str(), 1);
+    }
+    ~OwnPreferences() {
+        if (had) setenv("XDG_CONFIG_HOME", saved.c_str(), 1);
+        else unsetenv("XDG_CONFIG_HOME");
+    }
+};
+
 struct Panel {
     fs::path dir;
+    std::unique_ptr<OwnPreferences> preferences;
     std::unique_ptr<PluginCore> plugin;
     int limit = 100;
     std::unique_ptr<PluginEditorHost> host;
@@ -53,6 +74,7 @@ struct Panel {
         dir = fs::temp_directory_path() /
               ("tendrane-midiconfig-" + std::to_string(std::chrono::steady_clock::now().time_since_epoch().count()));
         fs::create_directories(dir);
+        preferences = std::make_unique<OwnPreferences>(dir.string() + "-config");
         plugin = std::make_unique<PluginCore>(&quietHost, std::make_unique<BlockTestEngine>());
         plugin->resume();
         host = std::make_unique<PluginEditorHost>(*plugin, limit);
@@ -62,7 +84,14 @@ struct Panel {
         // The file dialogs open in the test's folder.
         Preferences::write("currentMidiConfigDir", dir.string());
     }
-    ~Panel() { fs::remove_all(dir); }
+    ~Panel() {
+        editor.reset();
+        host.reset();
+        plugin.reset();
+        preferences.reset();
+        fs::remove_all(dir);
+        fs::remove_all(dir.string() + "-config");
+    }
 
     MidiConfigRecord config() {
         MidiConfigRecord* current = plugin->midiConfig().acquire();
@@ -276,7 +305,4 @@ TEST(MidiConfigDialogTest, MakeDefaultIsWhatANewInstanceWithoutAChunkStartsWith)
     const std::string startedText = writeMidiConfig(*started, false);
     fresh.midiConfig().release(started);
     EXPECT_EQ(startedText, text);
-
-    // Put back for the other tests of this store.
-    Preferences::write(DEFAULT_MIDI_CONFIG_KEY, writeMidiConfig(MidiConfigRecord(), false));
 }
