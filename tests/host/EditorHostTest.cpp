@@ -557,19 +557,20 @@ TEST_F(EditorHost, PressingTheSeedSoundsANote) {
     EXPECT_EQ(in->call(effEditClose), 1);
 }
 
-// A suspended plug-in: the plant droops until it stands still, and then the
-// window shows what the headless panel shows, plant and all.
+// A suspended plug-in: the plant's sway stands still from the start, it
+// droops until it stands fully drooped, and then the window shows what the
+// headless panel shows, plant and all. (Suspended before the first tick,
+// so that no real-time tick can move a sway phase before it freezes.)
 TEST_F(EditorHost, ASuspendedPanelStandsStillAsTheHeadlessOne) {
     auto in = instanceWith(factoryProgram(0));
-    ASSERT_EQ(in->call(effEditOpen, 0, 0, reinterpret_cast<void*>(parent_)), 1);
-    idleFor(*in, 300);
-    const Window w = editorWindow();
-    ASSERT_NE(w, 0u);
     in->call(effStopProcess);
     in->call(effMainsChanged, 0, 0);
+    ASSERT_EQ(in->call(effEditOpen, 0, 0, reinterpret_cast<void*>(parent_)), 1);
     idleFor(*in, 8000);
+    const Window w = editorWindow();
+    ASSERT_NE(w, 0u);
     const std::vector<std::uint32_t> shown = screenshot(w);
-    const std::vector<std::uint32_t> headless = headlessPanel("wait 300\nsuspend\nwait 8000\n", "suspended");
+    const std::vector<std::uint32_t> headless = headlessPanel("suspend\nwait 8000\n", "suspended");
     writeShot(shown, "suspended");
     ASSERT_EQ(headless.size(), shown.size()) << "tendrane panel did not draw";
     std::size_t differing = 0;
