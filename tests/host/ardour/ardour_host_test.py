@@ -190,10 +190,10 @@ def main():
     index = open(caches[0]).read()
     for expected in ('name="Tendrane"', 'creator="Korvex Development"', 'category="Instrument"',
                      'n_inputs="0"', 'n_outputs="2"', 'n_midi_inputs="1"', 'is_instrument="1"',
-                     'can_process_replace="1"', 'has_editor="0"'):
+                     'can_process_replace="1"', 'has_editor="1"'):
         if expected not in index:
             raise Failure("scan index lacks %s:\n%s" % (expected, index))
-    print("scan: indexed as an instrument, 0 inputs, 2 outputs, MIDI in")
+    print("scan: indexed as an instrument with its own editor, 0 inputs, 2 outputs, MIDI in")
 
     os.makedirs(os.path.join(folders["config"], "ardour7", "export"))
     with open(os.path.join(folders["config"], "ardour7", "export", "float.preset"), "w") as f:
