@@ -38,10 +38,11 @@ constexpr std::uint32_t tRNS = nameOf("tRNS");
 constexpr std::uint32_t gAMA = nameOf("gAMA");
 constexpr std::uint32_t sRGB = nameOf("sRGB");
 constexpr std::uint32_t sBIT = nameOf("sBIT");
+constexpr std::uint32_t cHRM = nameOf("cHRM");
 
 // Ancillary chunks the reader knows: before the header they are fatal.
 constexpr std::uint32_t KNOWN_ANCILLARY[] = {
-    nameOf("bKGD"), nameOf("cHRM"), nameOf("eXIf"), nameOf("hIST"), nameOf("oFFs"), nameOf("pCAL"), nameOf("sCAL"),
+    nameOf("bKGD"), nameOf("eXIf"), nameOf("hIST"), nameOf("oFFs"), nameOf("pCAL"), nameOf("sCAL"),
     nameOf("pHYs"), nameOf("iCCP"), nameOf("sPLT"), nameOf("tEXt"), nameOf("tIME"), nameOf("zTXt"), nameOf("iTXt"),
 };
 
@@ -164,6 +165,7 @@ struct ColourSpace {
     bool haveGamma = false;
     bool fromGamma = false;
     bool fromSrgb = false;
+    bool fromChromaticities = false;
     bool haveIntent = false;
     bool invalid = false;
 
@@ -205,7 +207,95 @@ struct ColourSpace {
         fromSrgb = true;
     }
 
-    bool usable() const { return haveGamma && !invalid; }
+    // White point and primaries (x, y pairs times 100000); ones that cannot
+    // be, or a second set, make the colour space unusable.
+    void takeChromaticities(const std::uint8_t* data) {
+        std::uint32_t v[8];
+        for (int i = 0; i < 8; ++i) {
+            v[i] = be32(data + 4 * i);
+            if (v[i] > MAX_31) return;  // dropped
+        }
+        if (invalid) return;
+        if (fromChromaticities) {
+            invalid = true;
+            return;
+        }
+        fromChromaticities = true;
+        if (!possibleChromaticities(std::int32_t(v[0]), std::int32_t(v[1]), std::int32_t(v[2]), std::int32_t(v[3]),
+                                    std::int32_t(v[4]), std::int32_t(v[5]), std::int32_t(v[6]), std::int32_t(v[7])))
+            invalid = true;
+    }
+
+    // a * times / divisor, rounded; false where it does not fit.
+    static bool mulDiv(std::int32_t* result, std::int32_t a, std::int32_t times, std::int32_t divisor) {
+        if (divisor == 0) return false;
+        if (a == 0 || times == 0) {
+            *result = 0;
+            return true;
+        }
+        double r = a;
+        r *= times;
+        r /= divisor;
+        r = std::floor(r + .5);
+        if (!(r <= 2147483647. && r >= -2147483648.)) return false;
+        *result = std::int32_t(r);
+        return true;
+    }
+
+    static std::int32_t reciprocal(std::int32_t a) {
+        const double r = std::floor(1E10 / a + .5);
+        if (r <= 2147483647. && r >= -2147483648.) return std::int32_t(r);
+        return 0;
+    }
+
+    // Whether the white point (wx, wy) and the primaries span a colour space:
+    // each point inside the chromaticity triangle, and the scales of red,
+    // green and blue that make up the white all positive.
+    static bool possibleChromaticities(std::int32_t wx, std::int32_t wy, std::int32_t rx, std::int32_t ry,
+                                       std::int32_t gx, std::int32_t gy, std::int32_t bx, std::int32_t by) {
+        if (rx < 0 || rx > FP_1 || ry < 0 || ry > FP_1 - rx) return false;
+        if (gx < 0 || gx > FP_1 || gy < 0 || gy > FP_1 - gx) return false;
+        if (bx < 0 || bx > FP_1 || by < 0 || by > FP_1 - bx) return false;
+        if (wx < 0 || wx > FP_1 || wy < 5 || wy > FP_1 - wx) return false;
+        std::int32_t left = 0, right = 0;
+        if (!mulDiv(&left, gx - bx, ry - by, 7) || !mulDiv(&right, gy - by, rx - bx, 7)) return false;
+        const std::int32_t denominator = left - right;
+        if (!mulDiv(&left, gx - bx, wy - by, 7) || !mulDiv(&right, gy - by, wx - bx, 7)) return false;
+        std::int32_t redInverse = 0;
+        if (!mulDiv(&redInverse, wy, denominator, left - right) || redInverse <= wy) return false;
+        if (!mulDiv(&left, ry - by, wx - bx, 7) || !mulDiv(&right, rx - bx, wy - by, 7)) return false;
+        std::int32_t greenInverse = 0;
+        if (!mulDiv(&greenInverse, wy, denominator, left - right) || greenInverse <= wy) return false;
+        const std::int32_t blueScale = reciprocal(wy) - reciprocal(redInverse) - reciprocal(greenInverse);
+        if (blueScale <= 0) return false;
+        // The primaries as XYZ, and back: the round trip must land within
+        // 0.00005 of where it started.
+        std::int32_t xyz[9];
+        if (!mulDiv(&xyz[0], rx, FP_1, redInverse) || !mulDiv(&xyz[1], ry, FP_1, redInverse) ||
+            !mulDiv(&xyz[2], FP_1 - rx - ry, FP_1, redInverse) || !mulDiv(&xyz[3], gx, FP_1, greenInverse) ||
+            !mulDiv(&xyz[4], gy, FP_1, greenInverse) || !mulDiv(&xyz[5], FP_1 - gx - gy, FP_1, greenInverse) ||
+            !mulDiv(&xyz[6], bx, blueScale, FP_1) || !mulDiv(&xyz[7], by, blueScale, FP_1) ||
+            !mulDiv(&xyz[8], FP_1 - bx - by, blueScale, FP_1))
+            return false;
+        std::int32_t back[8];  // white, red, green, blue
+        std::int32_t sumAll = 0, whiteX = 0, whiteY = 0;
+        for (int k = 0; k < 3; ++k) {
+            const std::int32_t d = xyz[3 * k] + xyz[3 * k + 1] + xyz[3 * k + 2];
+            if (!mulDiv(&back[2 + 2 * k], xyz[3 * k], FP_1, d) || !mulDiv(&back[3 + 2 * k], xyz[3 * k + 1], FP_1, d))
+                return false;
+            sumAll += d;
+            whiteX += xyz[3 * k];
+            whiteY += xyz[3 * k + 1];
+        }
+        if (!mulDiv(&back[0], whiteX, FP_1, sumAll) || !mulDiv(&back[1], whiteY, FP_1, sumAll)) return false;
+        const std::int32_t given[8] = {wx, wy, rx, ry, gx, gy, bx, by};
+        for (int i = 0; i < 8; ++i)
+            if (back[i] < given[i] - 5 || back[i] > given[i] + 5) return false;
+        return true;
+    }
+
+    // A gamma once known stays, even when later chunks spoil the colour space.
+    bool usable() const { return haveGamma; }
 };
 
 // A gamma as the reader takes it: small values are factors, large ones are
@@ -469,7 +559,7 @@ RawImage readImage(const std::uint8_t* data, std::size_t size, double gamma) {
             numTrans = 0;
             continue;
         }
-        bool known = c.name == tRNS || c.name == gAMA || c.name == sRGB || c.name == sBIT;
+        bool known = c.name == tRNS || c.name == gAMA || c.name == sRGB || c.name == sBIT || c.name == cHRM;
         for (std::uint32_t n : KNOWN_ANCILLARY) known = known || c.name == n;
         if (!known) {
             if (c.critical()) invalid();
@@ -484,6 +574,9 @@ RawImage readImage(const std::uint8_t* data, std::size_t size, double gamma) {
         } else if (c.name == sRGB) {
             if (havePalette || c.length != 1) continue;
             space.takeSrgbChunk(c.data[0]);
+        } else if (c.name == cHRM) {
+            if (havePalette || c.length != 32) continue;
+            space.takeChromaticities(c.data);
         } else if (c.name == tRNS) {
             if (trnsValid) continue;
             if (h.colorType == 0) {

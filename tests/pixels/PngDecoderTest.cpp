@@ -408,6 +408,14 @@ TEST(PngDecoder, TransparencyChunksDecodeAlike) {
     EXPECT_EQ(made, 11);
 }
 
+Bytes chromaticities(std::initializer_list<std::uint32_t> values) {
+    Bytes b;
+    for (std::uint32_t v : values) put32(b, v);
+    return b;
+}
+
+const Bytes SRGB_CHROMATICITIES = chromaticities({31270, 32900, 64000, 33000, 30000, 60000, 15000, 6000});
+
 TEST(PngDecoder, GammaAndSignificantBitsChunksDecodeAlike) {
     Picture p;
     p.width = 40;
@@ -428,6 +436,19 @@ TEST(PngDecoder, GammaAndSignificantBitsChunksDecodeAlike) {
         {{"gAMA", be32s(100000)}, {"sRGB", {1}}},
         {{"sRGB", {0}}, {"sRGB", {0}}},
         {{"gAMA", {0, 1}}},                                     // wrong length
+        {{"gAMA", be32s(100000)}, {"gAMA", be32s(45455)}},      // twice: the first stays
+        {{"gAMA", be32s(100000)}, {"sRGB", {9}}},
+        {{"cHRM", Bytes(32, 0)}, {"gAMA", be32s(100000)}},      // impossible chromaticities first
+        {{"gAMA", be32s(100000)}, {"cHRM", Bytes(32, 0)}},
+        {{"cHRM", SRGB_CHROMATICITIES}, {"gAMA", be32s(100000)}},
+        {{"cHRM", SRGB_CHROMATICITIES}, {"cHRM", SRGB_CHROMATICITIES}, {"gAMA", be32s(100000)}},
+        {{"cHRM", Bytes(32, 0xFF)}, {"gAMA", be32s(100000)}},   // values out of range: dropped
+        {{"cHRM", Bytes(31, 0)}, {"gAMA", be32s(100000)}},
+        // Chromaticities in range that span no colour space, or do not come back
+        // from XYZ where they started.
+        {{"cHRM", chromaticities({31270, 32900, 47616, 33000, 30000, 5216, 15000, 6000})}, {"gAMA", be32s(100000)}},
+        {{"cHRM", chromaticities({23078, 32900, 64000, 33000, 30000, 60000, 15000, 6000})}, {"gAMA", be32s(100000)}},
+        {{"sRGB", {0}}, {"cHRM", chromaticities({31270, 32900, 64000, 33000, 30000, 60000, 15000, 6000})}},
     };
     int index = 0;
     for (const auto& chunks : cases) {
