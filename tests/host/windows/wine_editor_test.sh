@@ -23,10 +23,10 @@ fi
 # The panel's images and fonts are PNG files: a build without a PNG decoder
 # has no editor (the plug-in says so, and the editor host then ends with
 # status 77), and only the clipboard is checked there; the test then ends
-# as skipped (CTest's "skipped", never a pass). A build with libpng whose
+# as skipped (CTest's "skipped", never a pass). A build that reads PNG (libpng, or our reader over zlib) whose
 # plug-in says it has no editor fails.
 decoder=yes
-grep -q TENDRANE_HAVE_LIBPNG "$win_build/build.ninja" || decoder=no
+grep -qE "TENDRANE_HAVE_(LIBPNG|ZLIB)" "$win_build/build.ninja" || decoder=no
 cmake --build "$win_build" --target tendrane_vst tendrane_editor_host tendrane_editor_clipboard -j 2 | tail -n 2
 "$source_dir/tests/host/windows/check_dll.sh" x86_64-w64-mingw32-objdump "$win_build/vst/Tendrane.dll"
 
