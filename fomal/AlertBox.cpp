@@ -27,19 +27,9 @@ constexpr int BUTTON_HEIGHT = 22;
 constexpr int BUTTON_GAP = 8;
 constexpr int LINE_GAP = 2;
 
-constexpr OrlPixels::Pixel DIMMING = 0x70000000u;
 constexpr OrlPixels::Pixel BOX_COLOR = DIALOG_FACE;
 constexpr OrlPixels::Pixel EDGE_COLOR = DIALOG_EDGE;
-constexpr OrlPixels::Pixel BUTTON_COLOR = 0xFFE2DFD6u;
-constexpr OrlPixels::Pixel PRESSED_COLOR = 0xFFC4C0B4u;
 constexpr OrlPixels::Pixel INK = DIALOG_INK;
-
-void frameBox(OrlPixels::Surface& surface, const OrlPixels::IntRect& r, OrlPixels::Pixel color) {
-    OrlPixels::Pen pen;
-    pen.stroke = 1;
-    pen.color = color;
-    drawFrame(surface, rectOf(r), pen, OrlPixels::NORMAL_MODE);
-}
 
 }  // namespace
 
@@ -105,7 +95,7 @@ AlertBox::AlertBox(EditorCore& editor, View* target, const AlertRequest& alert, 
 }
 
 void AlertBox::draw(OrlPixels::Surface& surface, const OrlPixels::IntRect&) {
-    fillBox(surface, rect(), DIMMING);
+    fillBox(surface, rect(), DIALOG_DIMMING);
     fillBox(surface, rectOf(box_), BOX_COLOR);
     frameBox(surface, box_, EDGE_COLOR);
     int y = box_.top + PADDING;
@@ -119,7 +109,7 @@ void AlertBox::draw(OrlPixels::Surface& surface, const OrlPixels::IntRect&) {
     }
     for (std::size_t i = 0; i < buttons_.size(); ++i) {
         const Button& b = buttons_[i];
-        fillBox(surface, rectOf(b.box), int(i) == pressed_ ? PRESSED_COLOR : BUTTON_COLOR);
+        fillBox(surface, rectOf(b.box), int(i) == pressed_ ? DIALOG_BUTTON_PRESSED : DIALOG_BUTTON);
         // The default button has a heavier edge.
         frameBox(surface, b.box, EDGE_COLOR);
         if (b.word == alert_.defaultButton)

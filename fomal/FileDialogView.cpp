@@ -27,22 +27,11 @@ constexpr int BUTTON_HEIGHT = 22;
 constexpr int BUTTON_GAP = 8;
 constexpr std::size_t NAME_LIMIT = 200;
 
-constexpr OrlPixels::Pixel DIMMING = 0x70000000u;
-constexpr OrlPixels::Pixel FIELD_COLOR = 0xFFFFFFFFu;
 constexpr OrlPixels::Pixel SELECTED_COLOR = 0xFF9DBB5Cu;
 constexpr OrlPixels::Pixel SCROLL_COLOR = 0xFFD8D4C8u;
 constexpr OrlPixels::Pixel THUMB_COLOR = 0xFF8E897C;
-constexpr OrlPixels::Pixel BUTTON_COLOR = 0xFFE2DFD6u;
-constexpr OrlPixels::Pixel PRESSED_COLOR = 0xFFC4C0B4u;
 constexpr OrlPixels::Pixel FOLDER_INK = 0xFF3C5A14u;
 constexpr OrlPixels::Pixel STATUS_INK = 0xFF8A2A10u;
-
-void frameBox(OrlPixels::Surface& surface, const OrlPixels::IntRect& r) {
-    OrlPixels::Pen pen;
-    pen.stroke = 1;
-    pen.color = DIALOG_EDGE;
-    drawFrame(surface, rectOf(r), pen, OrlPixels::NORMAL_MODE);
-}
 
 // A text cut at its start to fit width, behind "...": a long folder keeps
 // its last names in view.
@@ -252,7 +241,7 @@ int FileDialogView::rowAt(int x, int y) const {
 void FileDialogView::draw(OrlPixels::Surface& surface, const OrlPixels::IntRect&) {
     const OrlPixels::Font& text = *textFont_.font;
     const int line = text.lineHeight();
-    fillBox(surface, rect(), DIMMING);
+    fillBox(surface, rect(), DIALOG_DIMMING);
     fillBox(surface, rectOf(box_), DIALOG_FACE);
     frameBox(surface, box_);
     int y = box_.top + PADDING;
@@ -261,7 +250,7 @@ void FileDialogView::draw(OrlPixels::Surface& surface, const OrlPixels::IntRect&
     text.draw(surface, fitLeft(text, folder_.utf8().empty() ? "/" : folder_.utf8(), box_.width - 2 * PADDING),
               box_.left + PADDING, y, DIALOG_INK);
 
-    fillBox(surface, rectOf(list_), FIELD_COLOR);
+    fillBox(surface, rectOf(list_), DIALOG_FIELD);
     for (int row = top_; row < int(entries_.size()) && row < top_ + VISIBLE_ROWS; ++row) {
         const OrlPixels::IntRect r = rowBox(row);
         if (row == selected_) fillBox(surface, rectOf(r), SELECTED_COLOR);
@@ -284,14 +273,14 @@ void FileDialogView::draw(OrlPixels::Surface& surface, const OrlPixels::IntRect&
     const int labelX = box_.left + PADDING;
     if (request_.save) {
         text.draw(surface, "File name:", labelX, nameBox_.top + (FIELD_HEIGHT - line) / 2, DIALOG_INK);
-        fillBox(surface, rectOf(nameBox_), FIELD_COLOR);
+        fillBox(surface, rectOf(nameBox_), DIALOG_FIELD);
         frameBox(surface, nameBox_);
         const std::string shown = fitLeft(text, name_ + "|", nameBox_.width - 8);
         text.draw(surface, shown, nameBox_.left + 4, nameBox_.top + (FIELD_HEIGHT - line) / 2, DIALOG_INK);
     }
     const std::vector<FileFilter> all = filters();
     text.draw(surface, "Type:", labelX, typeBox_.top + (FIELD_HEIGHT - line) / 2, DIALOG_INK);
-    fillBox(surface, rectOf(typeBox_), BUTTON_COLOR);
+    fillBox(surface, rectOf(typeBox_), DIALOG_BUTTON);
     frameBox(surface, typeBox_);
     text.draw(surface, fitRight(text, filterTitle(all[std::min(filter_, all.size() - 1)]), typeBox_.width - 8),
               typeBox_.left + 4, typeBox_.top + (FIELD_HEIGHT - line) / 2, DIALOG_INK);
@@ -301,7 +290,7 @@ void FileDialogView::draw(OrlPixels::Surface& surface, const OrlPixels::IntRect&
 
     for (std::size_t i = 0; i < buttons_.size(); ++i) {
         const Button& b = buttons_[i];
-        fillBox(surface, rectOf(b.box), int(i) == pressedButton_ ? PRESSED_COLOR : BUTTON_COLOR);
+        fillBox(surface, rectOf(b.box), int(i) == pressedButton_ ? DIALOG_BUTTON_PRESSED : DIALOG_BUTTON);
         frameBox(surface, b.box);
         if (i == 0) frameBox(surface, OrlPixels::IntRect(b.box.left + 1, b.box.top + 1, b.box.width - 2, b.box.height - 2));
         const int w = text.measure(b.title).width;

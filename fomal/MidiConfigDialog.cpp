@@ -39,17 +39,6 @@ constexpr int WIDE_BUTTON = 60;
 constexpr int NARROW_BUTTON = 72;
 constexpr int NOTE_LINES = 2;
 
-constexpr OrlPixels::Pixel DIMMING = 0x70000000u;
-constexpr OrlPixels::Pixel BUTTON_COLOR = 0xFFE2DFD6u;
-constexpr OrlPixels::Pixel PRESSED_COLOR = 0xFFC4C0B4u;
-constexpr OrlPixels::Pixel FIELD_COLOR = 0xFFFFFFFFu;
-
-void frameBox(OrlPixels::Surface& surface, const OrlPixels::IntRect& r) {
-    OrlPixels::Pen pen;
-    pen.stroke = 1;
-    pen.color = DIALOG_EDGE;
-    drawFrame(surface, rectOf(r), pen, OrlPixels::NORMAL_MODE);
-}
 
 // A stepper's values in order, and the one a setting holds.
 int valueCount(int stepper) {
@@ -148,7 +137,7 @@ void MidiConfigDialog::draw(OrlPixels::Surface& surface, const OrlPixels::IntRec
         const int w = font.measure(text).width;
         font.draw(surface, text, r.left + (r.width - w) / 2, r.top + (r.height - line) / 2, DIALOG_INK);
     };
-    fillBox(surface, rect(), DIMMING);
+    fillBox(surface, rect(), DIALOG_DIMMING);
     fillBox(surface, rectOf(box_), DIALOG_FACE);
     frameBox(surface, box_);
     titleFont_.font->draw(surface, TITLE, box_.left + PADDING, box_.top + PADDING, DIALOG_INK);
@@ -159,9 +148,9 @@ void MidiConfigDialog::draw(OrlPixels::Surface& surface, const OrlPixels::IntRec
         const OrlPixels::IntRect down(r.left, r.top, ARROW_WIDTH, r.height);
         const OrlPixels::IntRect up(r.right() - ARROW_WIDTH, r.top, ARROW_WIDTH, r.height);
         const OrlPixels::IntRect value(down.right(), r.top, r.width - 2 * ARROW_WIDTH, r.height);
-        fillBox(surface, rectOf(down), pressed_ == Hit{Part::stepDown, s} ? PRESSED_COLOR : BUTTON_COLOR);
-        fillBox(surface, rectOf(up), pressed_ == Hit{Part::stepUp, s} ? PRESSED_COLOR : BUTTON_COLOR);
-        fillBox(surface, rectOf(value), pressed_ == Hit{Part::stepValue, s} ? PRESSED_COLOR : FIELD_COLOR);
+        fillBox(surface, rectOf(down), pressed_ == Hit{Part::stepDown, s} ? DIALOG_BUTTON_PRESSED : DIALOG_BUTTON);
+        fillBox(surface, rectOf(up), pressed_ == Hit{Part::stepUp, s} ? DIALOG_BUTTON_PRESSED : DIALOG_BUTTON);
+        fillBox(surface, rectOf(value), pressed_ == Hit{Part::stepValue, s} ? DIALOG_BUTTON_PRESSED : DIALOG_FIELD);
         frameBox(surface, down);
         frameBox(surface, up);
         frameBox(surface, r);
@@ -174,7 +163,7 @@ void MidiConfigDialog::draw(OrlPixels::Surface& surface, const OrlPixels::IntRec
     for (int c = 0; c < 2; ++c) {
         const OrlPixels::IntRect row = checkRow(c);
         const OrlPixels::IntRect square(row.left, row.top + (row.height - CHECK_SIZE) / 2, CHECK_SIZE, CHECK_SIZE);
-        fillBox(surface, rectOf(square), pressed_ == Hit{Part::check, c} ? PRESSED_COLOR : FIELD_COLOR);
+        fillBox(surface, rectOf(square), pressed_ == Hit{Part::check, c} ? DIALOG_BUTTON_PRESSED : DIALOG_FIELD);
         frameBox(surface, square);
         if (checked[c])
             fillBox(surface, rectOf(OrlPixels::IntRect(square.left + 3, square.top + 3, CHECK_SIZE - 6, CHECK_SIZE - 6)),
@@ -192,7 +181,7 @@ void MidiConfigDialog::draw(OrlPixels::Surface& surface, const OrlPixels::IntRec
 
     for (int b = 0; b < BUTTON_COUNT; ++b) {
         const OrlPixels::IntRect& r = buttons_[std::size_t(b)];
-        fillBox(surface, rectOf(r), pressed_ == Hit{Part::button, b} ? PRESSED_COLOR : BUTTON_COLOR);
+        fillBox(surface, rectOf(r), pressed_ == Hit{Part::button, b} ? DIALOG_BUTTON_PRESSED : DIALOG_BUTTON);
         frameBox(surface, r);
         // OK, the button of the return key, has a heavier edge.
         if (b == okButton) frameBox(surface, OrlPixels::IntRect(r.left + 1, r.top + 1, r.width - 2, r.height - 2));

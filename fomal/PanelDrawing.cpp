@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "fomal/RectangleView.h"
 #include "pixels/AffineTransformation.h"
 #include "pixels/MaskedRaster.h"
 #include "pixels/PlainImage.h"
@@ -10,6 +11,13 @@
 #include "pixels/SolidRaster.h"
 
 namespace Fomal {
+
+void frameBox(OrlPixels::Surface& surface, const OrlPixels::IntRect& box, OrlPixels::Pixel color) {
+    OrlPixels::Pen pen;
+    pen.stroke = 1;
+    pen.color = color;
+    drawFrame(surface, rectOf(box), pen, OrlPixels::NORMAL_MODE);
+}
 
 void fillBox(OrlPixels::Surface& surface, const RectF& r, OrlPixels::Pixel color, int mode) {
     if (color == 0 || !(r.width > 0) || !(r.height > 0)) return;
