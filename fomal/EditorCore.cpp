@@ -215,7 +215,7 @@ void EditorCore::mouseMove(const MouseEvent& e) {
         hintDue_ = now() + HINT_DELAY_MS;
         wakeAt(hintDue_);
         View* hit = root_ && e.x >= 0 && e.y >= 0 ? root_->hitTest(e.x, e.y) : nullptr;
-        cursor_ = hit != nullptr ? hit->cursor() : (root_ ? root_->cursor() : Cursor::arrow);
+        cursor_ = hit != nullptr ? hit->cursorAt(e.x, e.y) : (root_ ? root_->cursor() : Cursor::arrow);
         // The view under the mouse hears it, and the one it left that it left;
         // an open alert or menu keeps the mouse from the panel.
         if (top != nullptr) hit = nullptr;

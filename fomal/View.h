@@ -103,6 +103,9 @@ public:
     bool thru() const { return thru_; }
     // The first cursor set on the view or its ancestors.
     Cursor cursor() const;
+    // The cursor over a panel point of the view; the view's own by default,
+    // less for views whose parts differ (a bubble's clickable words).
+    virtual Cursor cursorAt(int /*x*/, int /*y*/) const { return cursor(); }
     // The hint of this view; an empty hint hides those beneath, none lets
     // them show.
     const std::optional<std::string>& hint() const { return hint_; }
@@ -141,6 +144,11 @@ public:
     // Taken out of the tree: the view and its subtree run nothing more.
     void retireTree();
     bool retired() const { return retired_; }
+
+protected:
+    // Moves and resizes the view (panel coordinates); the caller redraws
+    // what it leaves and what it covers.
+    void setRect(const RectF& rect) { rect_ = rect; }
 
 private:
     struct Delayed {

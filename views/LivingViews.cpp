@@ -5,6 +5,7 @@
 #include <mutex>
 
 #include "fomal/ViewFactory.h"
+#include "views/BubbleView.h"
 #include "views/JugglerView.h"
 #include "views/KeyRingView.h"
 #include "views/MarkerView.h"
@@ -28,6 +29,7 @@ constexpr Fomal::ViewType LIVING_TYPES[] = {
     {"staticPlant", make<StaticPlantView>},
     {"juggler", make<JugglerView>},
     {"ring", make<MarkerView>},
+    {"bubble", make<BubbleView>},
 };
 
 }  // namespace
