@@ -58,6 +58,20 @@ public:
     virtual void undo() = 0;
     virtual void redo() = 0;
 
+    // The genome of the patch, for the DNA view: how many genes, each
+    // one's name, value (0 to 1) and Init value. A host without a patch
+    // has no genes.
+    virtual int geneCount() const { return 0; }
+    virtual std::string geneName(int /*gene*/) const { return {}; }
+    virtual double geneValue(int /*gene*/) const { return 0.0; }
+    virtual double geneInitValue(int /*gene*/) const { return 0.0; }
+    // A change of genes made by the user, heard at once. The changes
+    // between beginGeneEdit and endGeneEdit (one drag) are one undo step,
+    // "Gene Modifications".
+    virtual void beginGeneEdit() {}
+    virtual void changeGene(int /*gene*/, double /*value*/) {}
+    virtual void endGeneEdit() {}
+
     // The MIDI controllers of the functions, numbered as in the MIDI
     // configuration (ModWheel, Rotation, ... TriggerH): the controller
     // number that drives a function, -1 for none; assigning one takes it

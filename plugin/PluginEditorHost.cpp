@@ -4,6 +4,7 @@
 #include <cmath>
 #include <optional>
 
+#include "patch/GeneTable.h"
 #include "patch/MidiConfigDefaults.h"
 #include "patch/MidiConfigText.h"
 #include "patch/PatchFiles.h"
@@ -98,6 +99,53 @@ void PluginEditorHost::endEdit(std::string_view label) {
         editSaved_ = false;
     }
     if (gestures_.erase(i) != 0) plugin_.endEdit(i);
+}
+
+namespace {
+
+constexpr const char* GENE_EDIT_STEP = "Gene Modifications";
+
+bool validGene(int gene) { return gene >= 0 && gene < GENE_COUNT; }
+
+}  // namespace
+
+int PluginEditorHost::geneCount() const { return GENE_COUNT; }
+
+std::string PluginEditorHost::geneName(int gene) const {
+    return validGene(gene) ? std::string(GENE_TABLE[gene].name) : std::string();
+}
+
+double PluginEditorHost::geneValue(int gene) const { return validGene(gene) ? currentProgram().genes[gene] : 0.0; }
+
+double PluginEditorHost::geneInitValue(int gene) const {
+    static const NorvelleProgram init;
+    return validGene(gene) ? init.genes[gene] : 0.0;
+}
+
+void PluginEditorHost::beginGeneEdit() {
+    geneEditing_ = true;
+    geneEditSaved_ = false;
+}
+
+void PluginEditorHost::changeGene(int gene, double value) {
+    if (!validGene(gene) || !(value == value)) return;
+    NorvelleProgram record = currentProgram();
+    const float v = std::fmin(std::fmax(float(value), 0.0f), 1.0f);
+    if (record.genes[gene] == v) return;
+    // The state before the first change of an edit stands for the edit.
+    if (!geneEditing_) {
+        history_.saveUndo(GENE_EDIT_STEP, true);
+    } else if (!geneEditSaved_) {
+        history_.saveUndo(GENE_EDIT_STEP, false);
+        geneEditSaved_ = true;
+    }
+    record.setGene(gene, v);
+    setCurrentProgram(record);
+}
+
+void PluginEditorHost::endGeneEdit() {
+    geneEditing_ = false;
+    geneEditSaved_ = false;
 }
 
 int PluginEditorHost::controllerOf(int function) const {

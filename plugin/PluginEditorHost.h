@@ -35,6 +35,17 @@ public:
     void endEdit(std::string_view label) override;
     std::string controlText(std::string_view label) const override;
 
+    // The genes of the current program. The first change of an edit saves
+    // the undo step "Gene Modifications"; each change is published to the
+    // sound at once. A change outside an edit merges with one just before.
+    int geneCount() const override;
+    std::string geneName(int gene) const override;
+    double geneValue(int gene) const override;
+    double geneInitValue(int gene) const override;
+    void beginGeneEdit() override;
+    void changeGene(int gene, double value) override;
+    void endGeneEdit() override;
+
     bool canUndo() const override { return history_.canUndo(); }
     bool canRedo() const override { return history_.canRedo(); }
     void undo() override { history_.undo(); }
@@ -105,6 +116,9 @@ private:
     // The control being dragged, and whether its first change is saved.
     std::string editing_;
     bool editSaved_ = false;
+    // A gene edit is under way, and its first change is saved.
+    bool geneEditing_ = false;
+    bool geneEditSaved_ = false;
     // The parameters whose gesture the host has heard begin and not end.
     std::set<int> gestures_;
     std::uint64_t revision_ = 0;

@@ -6,6 +6,7 @@
 
 #include "fomal/ViewFactory.h"
 #include "views/BubbleView.h"
+#include "views/DnaView.h"
 #include "views/JugglerView.h"
 #include "views/KeyRingView.h"
 #include "views/MarkerView.h"
@@ -29,6 +30,7 @@ constexpr Fomal::ViewType LIVING_TYPES[] = {
     {"staticPlant", make<StaticPlantView>},
     {"juggler", make<JugglerView>},
     {"ring", make<MarkerView>},
+    {"dna", make<DnaView>},
     {"bubble", make<BubbleView>},
 };
 
