@@ -525,7 +525,8 @@ void BubbleView::draw(OrlPixels::Surface& surface, const OrlPixels::IntRect&) {
 
     const int shown = shownCharacters();
     const double left = textLeft(), top = textTop();
-    for (const PlacedRun& r : wrapped_.runs) {
+    for (std::size_t k = 0; k < wrapped_.runs.size(); ++k) {
+        const PlacedRun& r = wrapped_.runs[k];
         if (r.firstCharacter >= shown) break;
         const MarkupOp& op = compiled_.ops[r.op];
         const BubbleStyle& style = styles_.list[std::size_t(op.style)];
@@ -549,10 +550,18 @@ void BubbleView::draw(OrlPixels::Surface& surface, const OrlPixels::IntRect&) {
         }
         style.font->draw(surface, text, x, y, style.color);
         if (style.underlined && width > 0) {
+            // The line runs on under the blank to the next word of the
+            // style on the line, once that word has begun.
+            double length = width;
+            if (k + 1 < wrapped_.runs.size()) {
+                const PlacedRun& next = wrapped_.runs[k + 1];
+                if (next.line == r.line && next.firstCharacter < shown && compiled_.ops[next.op].style == op.style)
+                    length = next.x - r.x - style.margin - style.padding;
+            }
             const double uy = std::floor(baseline + style.underlineOffset) + 0.5;
             OrlPixels::Polygon underline;
             underline.moveTo(x, uy);
-            underline.lineTo(x + width, uy);
+            underline.lineTo(x + length, uy);
             strokePolygon(surface, underline, style.underline);
         }
     }
