@@ -13,15 +13,7 @@ namespace Fomal {
 
 namespace {
 
-constexpr std::string_view STEPPER_LABELS[] = {"Input channel:", "Output channel:", "Pitch wheel:", "Velocity curve:"};
-constexpr std::string_view CHECK_TITLES[] = {"&Enable MIDI program changes", "Select &branches with MIDI notes"};
-constexpr std::string_view VELOCITY_CURVES[] = {"soft", "standard", "hard"};
-constexpr std::string_view NOTE = "(There are ^n MIDI controllers reassigned in this configuration.)";
-constexpr std::string_view MADE_DEFAULT = "The current MIDI configuration has been made default.";
-
-// The buttons: four in the upper row, Cancel and OK at the lower right.
-enum Button { resetButton, loadButton, saveButton, defaultButton, cancelButton, okButton, BUTTON_COUNT };
-constexpr std::string_view BUTTON_TITLES[] = {"&Reset", "&Load...", "&Save...", "&Make Default", "&Cancel", "OK"};
+using namespace MidiConfigForm;
 
 // The box's measures, in pixels.
 constexpr int BOX_WIDTH = 312;
@@ -39,42 +31,6 @@ constexpr int WIDE_BUTTON = 60;
 constexpr int NARROW_BUTTON = 72;
 constexpr int NOTE_LINES = 2;
 
-
-// A stepper's values in order, and the one a setting holds.
-int valueCount(int stepper) {
-    switch (stepper) {
-        case MidiConfigDialog::inputChannel:
-        case MidiConfigDialog::outputChannel: return 17;
-        case MidiConfigDialog::pitchWheel: return 13;
-        default: return 3;
-    }
-}
-
-// The position of a stepper's value among its values: channels start with
-// none.
-int positionOf(const MidiSettings& s, int stepper) {
-    switch (stepper) {
-        case MidiConfigDialog::inputChannel: return std::clamp(s.inputChannel, -1, 15) + 1;
-        case MidiConfigDialog::outputChannel: return std::clamp(s.outputChannel, -1, 15) + 1;
-        case MidiConfigDialog::pitchWheel: return std::clamp(s.pitchWheelRange, 0, 12);
-        default: return std::clamp(s.velocityCurve, 0, 2);
-    }
-}
-
-void setPosition(MidiSettings& s, int stepper, int position) {
-    switch (stepper) {
-        case MidiConfigDialog::inputChannel: s.inputChannel = position - 1; break;
-        case MidiConfigDialog::outputChannel: s.outputChannel = position - 1; break;
-        case MidiConfigDialog::pitchWheel: s.pitchWheelRange = position; break;
-        default: s.velocityCurve = position; break;
-    }
-}
-
-std::string positionText(int stepper, int position) {
-    if (stepper == MidiConfigDialog::velocityCurve) return std::string(VELOCITY_CURVES[position]);
-    if (stepper == MidiConfigDialog::pitchWheel) return std::to_string(position);
-    return position == 0 ? "none" : std::to_string(position);
-}
 
 }  // namespace
 
@@ -122,12 +78,7 @@ std::string MidiConfigDialog::shownValue(int stepper) const {
     return positionText(stepper, positionOf(core_.host().midiSettings(), stepper));
 }
 
-std::string MidiConfigDialog::note() const {
-    std::string text(NOTE);
-    const std::size_t at = text.find("^n");
-    text.replace(at, 2, std::to_string(core_.host().midiSettings().reassignedControllers));
-    return text;
-}
+std::string MidiConfigDialog::note() const { return reassignedNote(core_.host().midiSettings()); }
 
 void MidiConfigDialog::draw(OrlPixels::Surface& surface, const OrlPixels::IntRect&) {
     const MidiSettings settings = core_.host().midiSettings();
@@ -159,13 +110,12 @@ void MidiConfigDialog::draw(OrlPixels::Surface& surface, const OrlPixels::IntRec
         centred(positionText(s, positionOf(settings, s)), value);
     }
 
-    const bool checked[] = {settings.programChanges, settings.selectWithNotes};
-    for (int c = 0; c < 2; ++c) {
+    for (int c = 0; c < CHECK_COUNT; ++c) {
         const OrlPixels::IntRect row = checkRow(c);
         const OrlPixels::IntRect square(row.left, row.top + (row.height - CHECK_SIZE) / 2, CHECK_SIZE, CHECK_SIZE);
         fillBox(surface, rectOf(square), pressed_ == Hit{Part::check, c} ? DIALOG_BUTTON_PRESSED : DIALOG_FIELD);
         frameBox(surface, square);
-        if (checked[c])
+        if (isChecked(settings, c))
             fillBox(surface, rectOf(OrlPixels::IntRect(square.left + 3, square.top + 3, CHECK_SIZE - 6, CHECK_SIZE - 6)),
                     DIALOG_INK);
         font.draw(surface, menuTitle(CHECK_TITLES[c]), square.right() + 7, row.top + (row.height - line) / 2,
@@ -197,7 +147,7 @@ MidiConfigDialog::Hit MidiConfigDialog::hitAt(int x, int y) const {
         if (x >= r.right() - ARROW_WIDTH) return {Part::stepUp, s};
         return {Part::stepValue, s};
     }
-    for (int c = 0; c < 2; ++c) {
+    for (int c = 0; c < CHECK_COUNT; ++c) {
         // The box and its text take the click.
         const OrlPixels::IntRect row = checkRow(c);
         const int width = CHECK_SIZE + 7 + textFont_.font->measure(menuTitle(CHECK_TITLES[c])).width;
@@ -250,7 +200,7 @@ bool MidiConfigDialog::choose(std::string_view title) {
             press(b);
             return true;
         }
-    for (int c = 0; c < 2; ++c)
+    for (int c = 0; c < CHECK_COUNT; ++c)
         if (menuTitle(CHECK_TITLES[c]) == shown) {
             toggle(c);
             return true;
@@ -278,28 +228,19 @@ bool MidiConfigDialog::choose(std::string_view title) {
     return false;
 }
 
-void MidiConfigDialog::changed(const MidiSettings& settings) {
-    core_.host().changeMidiSettings(settings);
+void MidiConfigDialog::step(int stepper, int by) {
+    MidiConfigForm::step(core_.host(), stepper, by);
     invalidate();
 }
 
-void MidiConfigDialog::step(int stepper, int by) {
-    const int count = valueCount(stepper);
-    const int position = positionOf(core_.host().midiSettings(), stepper);
-    setValue(stepper, ((position + by) % count + count) % count);
-}
-
 void MidiConfigDialog::setValue(int stepper, int position) {
-    MidiSettings settings = core_.host().midiSettings();
-    setPosition(settings, stepper, position);
-    changed(settings);
+    setPosition(core_.host(), stepper, position);
+    invalidate();
 }
 
 void MidiConfigDialog::toggle(int check) {
-    MidiSettings settings = core_.host().midiSettings();
-    bool& flag = check == 0 ? settings.programChanges : settings.selectWithNotes;
-    flag = !flag;
-    changed(settings);
+    MidiConfigForm::toggle(core_.host(), check);
+    invalidate();
 }
 
 void MidiConfigDialog::press(int button) {
@@ -321,13 +262,7 @@ void MidiConfigDialog::press(int button) {
             break;
         case defaultButton: {
             core.host().makeMidiConfigDefault();
-            AlertRequest alert;
-            alert.type = "info";
-            alert.title = "Tendrane";
-            alert.text = std::string(MADE_DEFAULT);
-            alert.buttons = {"ok"};
-            alert.defaultButton = "ok";
-            if (core.root() != nullptr) core.actions().dialogs().showAlert(*core.root(), alert);
+            if (core.root() != nullptr) core.actions().dialogs().showAlert(*core.root(), madeDefaultAlert());
             break;
         }
         case cancelButton: cancel(); break;
@@ -343,7 +278,7 @@ void MidiConfigDialog::cancel() {
     const std::string opened = opened_;
     EditorCore& core = core_;
     core.closeOverlay(*this);
-    if (core.host().midiConfigText() != opened) core.host().setMidiConfigText(opened);
+    restore(core.host(), opened);
 }
 
 }  // namespace Fomal

@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "fomal/EditorHost.h"
+#include "fomal/MidiConfigForm.h"
 #include "fomal/View.h"
 #include "pixels/FontSpecification.h"
 
@@ -25,7 +26,7 @@ class EditorCore;
 
 class MidiConfigDialog : public View {
 public:
-    static constexpr std::string_view TITLE = "MIDI Config";
+    static constexpr std::string_view TITLE = MidiConfigForm::TITLE;
 
     explicit MidiConfigDialog(EditorCore& editor);
 
@@ -51,7 +52,7 @@ public:
     const std::string& openedText() const { return opened_; }
 
     // The steppers, in order from the top.
-    enum Stepper { inputChannel, outputChannel, pitchWheel, velocityCurve, STEPPER_COUNT };
+    using enum MidiConfigForm::Stepper;
     // Where a stepper stands: its down arrow, its value, its up arrow; a
     // check box's row (0 program changes, 1 branches); a button's box
     // (Reset, Load..., Save..., Make Default, Cancel, OK).
@@ -74,7 +75,6 @@ private:
     void ok();
     void cancel();
     Hit hitAt(int x, int y) const;
-    void changed(const MidiSettings& settings);
 
     EditorCore& core_;
     std::string opened_;
