@@ -335,8 +335,13 @@ std::string preview(const ActionCall& c) {
     return nothing();
 }
 
-// The MIDI configuration dialog, drawn by the panel over everything.
+// The MIDI configuration dialog: the platform's own where the window has
+// one, else drawn by the panel over everything.
 std::string midiConfig(const ActionCall& c) {
+    if (NativeMidiConfigDialog* native = editorOf(c).nativeMidiConfigDialog()) {
+        native->show(editorOf(c));
+        return nothing();
+    }
     auto* core = dynamic_cast<EditorCore*>(&editorOf(c));
     if (core == nullptr) throw Exception("The MIDI configuration dialog needs the editor");
     core->openOverlay(std::make_unique<MidiConfigDialog>(*core));

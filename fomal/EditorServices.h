@@ -14,7 +14,17 @@ namespace Fomal {
 
 class ActionDispatcher;
 class EditorHost;
+class EditorServices;
 class View;
+
+// The MIDI configuration dialog of the platform's own (Windows), shown
+// instead of the one the panel draws: modal, it returns when the user has
+// closed it, having made its changes through the editor's host.
+class NativeMidiConfigDialog {
+public:
+    virtual ~NativeMidiConfigDialog() = default;
+    virtual void show(EditorServices& editor) = 0;
+};
 
 class EditorServices {
 public:
@@ -33,6 +43,15 @@ public:
     virtual void reportFailure(std::exception_ptr failure) = 0;
     // Asks for the tick at `when` at the latest.
     virtual void wakeAt(std::int64_t when) = 0;
+
+    // The platform's own MIDI configuration dialog, set by a window that
+    // has one; null for the dialog the panel draws. The dialog outlives
+    // the editor or is reset first.
+    NativeMidiConfigDialog* nativeMidiConfigDialog() const { return nativeMidiConfig_; }
+    void useNativeMidiConfigDialog(NativeMidiConfigDialog* dialog) { nativeMidiConfig_ = dialog; }
+
+private:
+    NativeMidiConfigDialog* nativeMidiConfig_ = nullptr;
 };
 
 }  // namespace Fomal

@@ -2,7 +2,8 @@
 // the panel's pixels with SetDIBitsToDevice, brings the mouse and the keys
 // to the editor and ticks it from a 20 ms WM_TIMER as well as from the
 // host's idle calls. Alerts and popup menus are the system's own message
-// boxes and menus, owned by this window; the clipboard is the system's.
+// boxes and menus, and the MIDI configuration dialog a dialog of the
+// system's, owned by this window; the clipboard is the system's.
 //
 // Every use of the editor holds the editors' lock. A message box or a menu
 // runs a modal loop inside the editor's work, with the lock held, and that
@@ -21,6 +22,7 @@
 
 #include <windows.h>
 
+#include "plugin/MidiConfigDialog_win32.h"
 #include "plugin/NativeDialogs_win32.h"
 #include "plugin/Win32Clipboard_win32.h"
 // clang-format on
@@ -104,6 +106,20 @@ public:
 
 private:
     Win32Dialogs dialogs_;
+};
+
+// The system's MIDI configuration dialog, run as part of the editor's work.
+class WindowMidiConfigDialog : public Fomal::NativeMidiConfigDialog {
+public:
+    explicit WindowMidiConfigDialog(HWND owner) : dialog_(owner) {}
+
+    void show(Fomal::EditorServices& editor) override {
+        InDialog in;
+        dialog_.show(editor);
+    }
+
+private:
+    Win32MidiConfigDialog dialog_;
 };
 
 HINSTANCE thisModule() {
@@ -229,10 +245,12 @@ public:
         thread_ = GetCurrentThreadId();
         clipboard_ = std::make_unique<Win32Clipboard>(hwnd_);
         dialogs_ = std::make_unique<WindowDialogs>(hwnd_);
+        midiConfigDialog_ = std::make_unique<WindowMidiConfigDialog>(hwnd_);
         {
             Turn turn(lock_);
             if (turn.taken()) {
                 core_.useNativeDialogs(dialogs_.get());
+                core_.useNativeMidiConfigDialog(midiConfigDialog_.get());
                 // The whole panel goes up at the first paint.
                 core_.invalidate(OrlPixels::IntRect(0, 0, WIDTH, HEIGHT));
                 show();
@@ -245,8 +263,12 @@ public:
         closing_ = true;
         {
             Turn turn(lock_);
-            // Alerts and menus are drawn by the panel again.
-            if (turn.taken()) core_.useNativeDialogs(nullptr);
+            // Alerts, menus and the MIDI configuration dialog are drawn by
+            // the panel again.
+            if (turn.taken()) {
+                core_.useNativeDialogs(nullptr);
+                core_.useNativeMidiConfigDialog(nullptr);
+            }
         }
         if (hwnd_ != nullptr) {
             const HWND hwnd = hwnd_;
@@ -345,7 +367,10 @@ public:
                 closing_ = true;
                 {
                     Turn turn(lock_);
-                    if (turn.taken()) core_.useNativeDialogs(nullptr);
+                    if (turn.taken()) {
+                        core_.useNativeDialogs(nullptr);
+                        core_.useNativeMidiConfigDialog(nullptr);
+                    }
                 }
                 return true;
             case WM_NCDESTROY:
@@ -546,6 +571,7 @@ private:
     std::vector<std::uint32_t> frame_;  // what the window shows, 0x00RRGGBB
     std::unique_ptr<Win32Clipboard> clipboard_;
     std::unique_ptr<WindowDialogs> dialogs_;
+    std::unique_ptr<WindowMidiConfigDialog> midiConfigDialog_;
     Fomal::Cursor cursor_ = Fomal::Cursor::arrow;
     // The mouse: buttons pressed here, the modifiers of the press, where it
     // was last seen, and the last move the editor heard.

@@ -158,3 +158,38 @@ TEST(MidiConfigDialogViewTest, AnUnknownTitleIsNotChosen) {
     EXPECT_FALSE(d.core.choose("Velocity curve: steep"));
     EXPECT_NE(d.view(), nullptr);
 }
+
+namespace {
+
+// A window's own dialog: it notes that it was shown and changes what a
+// user would.
+class OwnDialog : public Fomal::NativeMidiConfigDialog {
+public:
+    void show(Fomal::EditorServices& editor) override {
+        ++shown;
+        Fomal::MidiSettings s = editor.host().midiSettings();
+        s.pitchWheelRange = 5;
+        editor.host().changeMidiSettings(s);
+    }
+    int shown = 0;
+};
+
+}  // namespace
+
+TEST(MidiConfigDialogViewTest, AWindowWithADialogOfItsOwnShowsThatOne) {
+    Dialog d;
+    d.core.keyDown({"escape", 0, 0});
+    ASSERT_EQ(d.view(), nullptr);
+    OwnDialog own;
+    d.core.useNativeMidiConfigDialog(&own);
+    d.core.actions().perform(*d.core.root(), "midiConfig", "", true);
+    EXPECT_EQ(own.shown, 1);
+    EXPECT_TRUE(d.core.overlay().empty());
+    EXPECT_EQ(d.settings().pitchWheelRange, 5);
+    // Without it the panel draws its own again.
+    d.core.useNativeMidiConfigDialog(nullptr);
+    d.core.actions().perform(*d.core.root(), "midiConfig", "", true);
+    EXPECT_EQ(own.shown, 1);
+    EXPECT_NE(d.view(), nullptr);
+    EXPECT_TRUE(d.alerts.empty());
+}
