@@ -150,14 +150,15 @@ void DnaView::drawLabels(OrlPixels::Surface& s, const DnaHelixShape& helix) {
     OrlPixels::Polygon dividers;
     Fomal::EditorHost& host = editor().host();
     for (int i = 0; i < genes; ++i) {
-        const double rowTop = helix.firstY + i * helix.height - helix.height / 2.0;
-        if (rowTop > r.bottom() + lineReach || rowTop + helix.height < r.top - lineReach) continue;
+        const double top = rowTop(i);
+        if (top > r.bottom() + lineReach || top + helix.height < r.top - lineReach) continue;
         if (startsGroup(i)) {
-            const double y = rowTop - helix.height + settings_.dividersOffset.y;
+            // Below the last row of the group before.
+            const double y = rowTop(i - 1) + settings_.dividersOffset.y;
             const double x = r.left + settings_.dividersOffset.x;
             dividers.addLine(x, y, x + settings_.dividersWidth, y);
         }
-        const int baseline = int(std::floor(rowTop + settings_.labelsOffset.y + 0.5));
+        const int line = int(std::floor(baseline(i) + 0.5));
         const std::string name = host.geneName(i);
         const bool focused = i == focused_;
         const OrlPixels::FontSpecification& font = focused ? settings_.focusFont : settings_.labelsFont;
@@ -166,9 +167,9 @@ void DnaView::drawLabels(OrlPixels::Surface& s, const DnaHelixShape& helix) {
             const int width = f.measure(name).width;
             const int point = int(std::floor(r.left + settings_.labelsOffset.x + 0.5));
             const int x = OrlPixels::alignedLeft(settings_.labelsAlign, point, 0, width);
-            const int top = baseline - f.ascent();
+            const int textTop = line - f.ascent();
             if (focused) {
-                const Fomal::RectF box{float(x - settings_.boxExpand.x), float(top - settings_.boxExpand.y),
+                const Fomal::RectF box{float(x - settings_.boxExpand.x), float(textTop - settings_.boxExpand.y),
                                        float(width + 2.0 * settings_.boxExpand.x),
                                        float(f.lineHeight() + 2.0 * settings_.boxExpand.y)};
                 Fomal::fillBox(s, box, settings_.boxFill);
@@ -176,7 +177,7 @@ void DnaView::drawLabels(OrlPixels::Surface& s, const DnaHelixShape& helix) {
                 outline.addRectangle(box.left, box.top, box.width, box.height);
                 drawOutline(s, outline, settings_.boxPen);
             }
-            f.draw(s, name, x, top, font.color);
+            f.draw(s, name, x, textTop, font.color);
         }
         // The value box: the number over a bar along the bottom as long
         // as the value.
@@ -193,7 +194,7 @@ void DnaView::drawLabels(OrlPixels::Surface& s, const DnaHelixShape& helix) {
             const OrlPixels::Font& f = *settings_.labelsFont.font;
             const std::string text = geneText(i);
             const int x = OrlPixels::alignedLeft(OrlPixels::TextAlign::center, int(box.left), int(box.width), f.measure(text).width);
-            f.draw(s, text, x, baseline - f.ascent(), settings_.labelsFont.color);
+            f.draw(s, text, x, line - f.ascent(), settings_.labelsFont.color);
         }
     }
     strokePolygon(s, dividers, settings_.dividersPen);

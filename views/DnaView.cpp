@@ -52,10 +52,12 @@ bool DnaView::startsGroup(int gene) const {
     return groups_[std::size_t(gene)] != groups_[std::size_t(gene) - 1];
 }
 
+double DnaView::firstRungY() const { return rect().top + settings_.helixOffset.y - scroll_; }
+
 DnaHelixShape DnaView::shape() const {
     DnaHelixShape s;
     s.centreX = rect().left + settings_.helixOffset.x;
-    s.firstY = rect().top + settings_.helixOffset.y - scroll_;
+    s.firstY = firstRungY();
     s.width = settings_.helixWidth;
     s.height = settings_.helixHeight;
     s.twist = settings_.helixTwist;
@@ -100,20 +102,22 @@ int DnaView::geneAt(double x, double y) const {
     const int ball = geneBallAt(x, y);
     if (ball >= 0) return ball;
     // The gene's row, from its label to its value box.
-    const DnaHelixShape s = shape();
-    const double row = std::floor((y - s.firstY + s.height / 2.0) / s.height);
+    const double row = std::floor((y - rowTop(0)) / settings_.helixHeight);
     if (!(row >= 0.0 && row < geneCount())) return -1;
     const int gene = int(row);
     if (x < r.left + settings_.dividersOffset.x || x >= valueBox(gene).right()) return -1;
     return gene;
 }
 
+double DnaView::rowTop(int gene) const {
+    return firstRungY() + (gene - 0.5) * settings_.helixHeight;
+}
+
 Fomal::RectF DnaView::valueBox(int gene) const {
-    const DnaHelixShape s = shape();
-    const double left = s.centreX + s.width / 2.0 + s.maxSize + BOX_GAP;
+    const double left =
+        rect().left + settings_.helixOffset.x + settings_.helixWidth / 2.0 + settings_.moleculeMaxSize + BOX_GAP;
     // The box stands on the labels' baseline, around the text.
-    const double baseline = s.firstY + gene * s.height - s.height / 2.0 + settings_.labelsOffset.y;
-    const double top = baseline + 4.0 - BOX_HEIGHT;
+    const double top = baseline(gene) + 4.0 - BOX_HEIGHT;
     return Fomal::RectF{float(left), float(top), float(BOX_WIDTH), float(BOX_HEIGHT)};
 }
 

@@ -84,6 +84,10 @@ public:
     int arrowAt(double x, double y) const;
     // The text of a gene's value.
     std::string geneText(int gene) const;
+    // The top of a gene's row (the band of helixHeight around its rung),
+    // and the baseline of its label and value.
+    double rowTop(int gene) const;
+    double baseline(int gene) const { return rowTop(gene) + settings_.labelsOffset.y; }
     // The value box of a gene, in panel coordinates.
     Fomal::RectF valueBox(int gene) const;
     // Whether genes i - 1 and i belong to different groups.
@@ -91,6 +95,7 @@ public:
 
 private:
     void readGroups();
+    double firstRungY() const;
     void focus(int gene);
     void scrollBy(double pixels);
     void changeGene(double value);
