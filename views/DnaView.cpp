@@ -256,6 +256,7 @@ void DnaView::idle(std::int64_t now) {
         const double left = openingLeft(elapsed, settings_.scrollTime);
         scroll_ = settings_.scrollStart * left;
         if (left == 0.0) scrollOpening_ = false;
+        invalidate();
     }
     const double pace = ARROW_SPEED * settings_.helixHeight * seconds;
     if (arrowHeld_ != 0) {
@@ -265,7 +266,30 @@ void DnaView::idle(std::int64_t now) {
         // The molecule moves under a resting mouse.
         focus(geneAt(mouseX_, mouseY_));
     }
+    // A scroll has redrawn the whole view; turning moves the molecule alone.
+    invalidateMolecule();
+}
+
+void DnaView::refreshState() {
+    std::vector<double> values(static_cast<std::size_t>(geneCount()));
+    for (std::size_t i = 0; i < values.size(); ++i) values[i] = editor().host().geneValue(int(i));
+    if (values == seenValues_) return;
+    if (values.size() != seenValues_.size()) readGroups();
+    seenValues_ = std::move(values);
     invalidate();
+}
+
+void DnaView::invalidateMolecule() {
+    if (!animation().pose().atRest) {
+        invalidate();
+        return;
+    }
+    const double half = settings_.helixWidth / 2.0 + settings_.moleculeMaxSize + settings_.railsPen.stroke +
+                        std::max(double(settings_.arrowDimensions.y), 0.0) + 2.0;
+    const double centre = rect().left + settings_.helixOffset.x;
+    const OrlPixels::IntRect r = pixelRect();
+    const int left = int(std::floor(centre - half)), right = int(std::ceil(centre + half));
+    editor().invalidate(OrlPixels::intersection(r, OrlPixels::IntRect(left, r.top, right - left, r.height)));
 }
 
 }  // namespace views

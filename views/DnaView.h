@@ -56,6 +56,8 @@ public:
     void hover(const Fomal::MouseEvent& e) override;
     void hoverEnds() override;
     void idle(std::int64_t now) override;
+    // The genes changed outside the view (undo, another patch): drawn anew.
+    void refreshState() override;
     // While a gene is dragged: its name and value.
     std::string valueText() const override;
 
@@ -95,6 +97,8 @@ public:
 
 private:
     void readGroups();
+    // Asks for the redraw of the band the molecule turns in.
+    void invalidateMolecule();
     double firstRungY() const;
     void focus(int gene);
     void scrollBy(double pixels);
@@ -127,6 +131,7 @@ private:
     bool scrolling_ = false;
     double pressY_ = 0.0, pressScroll_ = 0.0, lastY_ = 0.0, dragValue_ = 0.0;
     std::vector<std::string> groups_;  // each gene's group
+    std::vector<double> seenValues_;   // the genes at the last refresh
     struct Ink {
         OrlPixels::Pixel color;
         OrlPixels::ColorTable table;

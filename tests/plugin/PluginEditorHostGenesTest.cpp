@@ -146,3 +146,35 @@ TEST(PluginEditorHostGenesTest, ADragOnTheDnaViewChangesThePluginsGeneAsOneStep)
     EXPECT_EQ(r.host->history().position(), 1u);
     EXPECT_EQ(r.host->undoLabel(), "Gene Modifications");
 }
+
+TEST(PluginEditorHostGenesTest, AnUndoOutsideTheDnaViewShowsInItsValueBoxAtOnce) {
+    Rig r;
+    views::registerLivingViews();
+    Fomal::VirtualClock clock;
+    Fomal::EditorCore editor(*r.host, clock);
+    editor.openLayoutText("views: { { type: \"dna\", label: \"dna\", bounds: { 12, 82, 360, 420 } } }");
+    for (int i = 0; i < 1600; ++i) {
+        clock.advance(1);
+        editor.idle();
+    }
+    auto& view = static_cast<views::DnaView&>(*editor.root()->findView("dna"));
+    const Fomal::RectF box = view.valueBox(Gene::env_tilt);
+    auto boxPixels = [&] {
+        editor.paint();
+        std::vector<OrlPixels::Pixel> p;
+        for (int y = int(box.top); y < int(box.bottom()); ++y)
+            for (int x = int(box.left); x < int(box.right()); ++x) p.push_back(editor.pixels()[y * 384 + x]);
+        return p;
+    };
+    editor.mouseMove({2, 2, 0});
+    const std::vector<OrlPixels::Pixel> before = boxPixels();
+    r.host->beginGeneEdit();
+    r.host->changeGene(Gene::env_tilt, 0.9);
+    r.host->endGeneEdit();
+    editor.idle();
+    const std::vector<OrlPixels::Pixel> changed = boxPixels();
+    EXPECT_NE(changed, before);
+    r.host->undo();
+    editor.idle();
+    EXPECT_EQ(boxPixels(), before);
+}
