@@ -177,6 +177,8 @@ void DnaView::scrollBy(double pixels) {
 // The mouse.
 
 bool DnaView::mouseDown(const Fomal::MouseEvent& e) {
+    // The context button is for the menus around the view, not for genes.
+    if ((e.modifiers & (Fomal::RIGHT_BIT | Fomal::CONTEXT_BIT)) != 0) return false;
     mouseX_ = e.x;
     mouseY_ = e.y;
     if (const int arrow = arrowAt(e.x, e.y)) {

@@ -396,6 +396,18 @@ TEST(DnaViewTest, TheHintShowsTheGeneAndItsValueWhileDragging) {
     EXPECT_EQ(d.view().valueText(), "");
 }
 
+TEST(DnaViewTest, TheContextButtonNeitherDragsGenesNorScrolls) {
+    Dna d;
+    d.settle();
+    const views::DnaEnd b = d.ball(5);
+    d.core.mouseDown({d.x(b), d.y(b), Fomal::RIGHT_BIT | Fomal::CONTEXT_BIT});
+    d.core.mouseMove({d.x(b), d.y(b) - 30, Fomal::RIGHT_BIT | Fomal::CONTEXT_BIT});
+    d.core.mouseUp({d.x(b), d.y(b) - 30, Fomal::RIGHT_BIT | Fomal::CONTEXT_BIT});
+    EXPECT_FLOAT_EQ(d.host.current.genes[5], 0.5f);
+    EXPECT_EQ(d.host.begun, 0);
+    EXPECT_DOUBLE_EQ(d.view().scroll(), 0.0);
+}
+
 TEST(DnaViewTest, APressBesideTheBallsScrollsAndChangesNoGene) {
     Dna d;
     d.settle();
