@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "fomal/EditorCore.h"
+#include "fomal/StillHost.h"
 #include "notation/Notation.h"
 #include "patch/GeneTable.h"
 #include "tests/views/ScriptTestHost.h"
@@ -426,4 +427,25 @@ TEST(DnaViewTest, GroupsFollowTheGenesPrefixes) {
     for (int i = 0; i < GENE_COUNT; ++i)
         if (d.view().startsGroup(i)) starts.push_back(i);
     EXPECT_EQ(starts, (std::vector<int>{3, 6, 10, 13, 18, 23, 25, 26, 27, 32}));
+}
+
+TEST(DnaViewTest, AHostWithoutGenesShowsNoGenesAndSendsNoFocus) {
+    views::registerLivingViews();
+    Fomal::StillHost host;
+    Fomal::VirtualClock clock;
+    Fomal::EditorCore core(host, clock);
+    core.openLayoutText(layout());
+    core.scripts().evaluate(*core.root(), "{ ::log = '' }");
+    for (int i = 0; i < 1600; ++i) {
+        clock.advance(1);
+        core.idle();
+    }
+    core.paint();
+    auto& view = static_cast<views::DnaView&>(*core.root()->findView("dna"));
+    EXPECT_EQ(view.geneCount(), 0);
+    core.mouseMove({LEFT + 40, TOP + 40, 0});
+    core.mouseDown({LEFT + 126, TOP + 40, Fomal::LEFT_BIT});
+    core.mouseUp({LEFT + 126, TOP + 40, Fomal::LEFT_BIT});
+    EXPECT_EQ(view.focusedGene(), -1);
+    EXPECT_EQ(core.scripts().evaluate(*core.root(), "{ ::log }"), "");
 }
