@@ -209,7 +209,7 @@ OrlPixels::Polygon BubbleView::outline() const {
     quarter(right - rx, top + ry, -PI / 2);
     quarter(right - rx, bottom - ry, 0);
     if (tailWidth_ > 0 && tailHeight_ > 0) {
-        const double tailX = rect().left + tailPosition_;
+        const double tailX = left + tailPosition_;
         add(tailX + tailWidth_, bottom);
         add(tailX, bottom + tailHeight_);
         add(tailX - tailWidth_, bottom);

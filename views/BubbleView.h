@@ -6,7 +6,7 @@
 // height fitted to the text), `gamma` (coverage gamma of the outline's
 // line, 1 by default), `fill`, `frame` (pen of the outline), `corners`
 // { rx, ry }, `tailSize` { width, height } (no tail unless both are above
-// 0), `tailPosition` (x of the tail's tip from the view's left),
+// 0), `tailPosition` (x of the tail's tip from the bubble's left edge),
 // `clickAction` and `clickParams` (what a click in the bubble does; by
 // default `typingRate` on the bubble itself), `margins` and `paddings`
 // { left, top, right, bottom } (the bubble within the view, and the text

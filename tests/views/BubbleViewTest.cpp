@@ -96,11 +96,11 @@ TEST(BubbleViewTest, TheOutlineIsFourQuarterArcsAndTheTail) {
     EXPECT_NEAR(shape.point(2).y, r.top + 15 + 15 * std::sin(-PI / 2 + step), 1e-9);
     // The tail after the bottom right corner: right, tip, left.
     const std::size_t t = 2 * std::size_t(2 * perQuarter);
-    EXPECT_NEAR(shape.point(t).x, 20 + 100 + 6, 1e-9);
+    EXPECT_NEAR(shape.point(t).x, r.left + 100 + 6, 1e-9);
     EXPECT_NEAR(shape.point(t).y, r.bottom(), 1e-9);
-    EXPECT_NEAR(shape.point(t + 2).x, 20 + 100, 1e-9);
+    EXPECT_NEAR(shape.point(t + 2).x, r.left + 100, 1e-9);
     EXPECT_NEAR(shape.point(t + 2).y, r.bottom() + 9, 1e-9);
-    EXPECT_NEAR(shape.point(t + 4).x, 20 + 100 - 6, 1e-9);
+    EXPECT_NEAR(shape.point(t + 4).x, r.left + 100 - 6, 1e-9);
     EXPECT_NEAR(shape.point(t + 4).y, r.bottom(), 1e-9);
     // Without a tail height there is no tail.
     Bubble flat("tailSize: { 6, 0 }, tailPosition: 100", "\"Hello\"");
