@@ -71,9 +71,12 @@ private:
     std::atomic<bool> abandoned_{false};
 };
 
-// Abandons every fetch in flight and waits for the worker thread to end.
-// Called when the last editor closes, so that nothing of the module runs
-// when a host unloads it; a later fetch starts the worker again.
+// Abandons every fetch in flight and ends the worker thread, never waiting
+// for the network: a request under way is left to end on its own, its
+// outcome dropped. Called when the last editor closes, so that closing is
+// quick and the worker is gone when a host unloads the module (what is
+// left of a request holds the module until it ends); a later fetch starts
+// the worker again.
 void stopUrlFetching();
 // Whether the worker thread exists now.
 bool urlFetchWorkerRunning();

@@ -1,11 +1,20 @@
-// The fetch transport on Windows: WinINet, synchronous on the worker's
-// thread, with the request's connect, send and receive time-outs and an
-// overall limit checked between reads. Stopping closes the request, its
-// connection and the session from the stopping thread, which ends a call
-// that waits on them where the system allows; else it ends by its time-out.
+// The fetch transport on Windows: WinINet. Its calls block, and closing
+// their handles from another thread does not end every one of them on
+// every system (a name lookup or a connect may go on to its time-out), so
+// each exchange runs on a thread of its own while the worker waits for it
+// in short slices. An abandoned fetch or a stopping worker leaves the
+// exchange at once: the exchange stops at its next step, its thread ends
+// when the call it is in returns (by its time-outs at the latest), and its
+// outcome is dropped. Its handles are only ever touched by its own thread,
+// so no call can meet a handle closed under it, nor one whose value was
+// given out again. That thread holds the module while it lives, so that a
+// host may unload the plug-in meanwhile; it lets go of the module as its
+// very last act.
 #include <windows.h>
 #include <wininet.h>
 
+#include <atomic>
+#include <memory>
 #include <mutex>
 #include <string>
 
@@ -15,6 +24,9 @@
 namespace platform {
 
 namespace {
+
+// The longest the worker goes without looking at its flags.
+constexpr DWORD POLL_MS = 20;
 
 // WinINet's own errors have their texts in its module, not the system's.
 std::string internetText(DWORD code) {
@@ -33,30 +45,70 @@ std::string internetText(DWORD code) {
     return systemErrorText(long(code));
 }
 
-class WinInetTransport : public UrlFetchTransport {
+// The handles of one exchange, closed with it, the innermost first.
+class Handles {
 public:
-    void perform(UrlFetch& fetch, const std::atomic<bool>& stopping) override {
-        const UrlFetchOptions& options = fetch.options();
-        const ULONGLONG deadline = GetTickCount64() + options.totalTimeoutMs;
-        const std::string agent = urlFetchUserAgent();
-        HINTERNET session = InternetOpenA(agent.c_str(), INTERNET_OPEN_TYPE_PRECONFIG, nullptr, nullptr, 0);
-        if (session == nullptr) {
-            fetch.fail(internetText(GetLastError()));
-            return;
-        }
-        {
-            std::lock_guard<std::mutex> lock(lock_);
-            session_ = session;
-            closedByOther_ = false;
-        }
-        DWORD connect = options.connectTimeoutMs, total = options.totalTimeoutMs;
-        InternetSetOptionA(session, INTERNET_OPTION_CONNECT_TIMEOUT, &connect, sizeof connect);
-        InternetSetOptionA(session, INTERNET_OPTION_SEND_TIMEOUT, &total, sizeof total);
-        InternetSetOptionA(session, INTERNET_OPTION_RECEIVE_TIMEOUT, &total, sizeof total);
+    ~Handles() {
+        for (HINTERNET h : {request, connection, session})
+            if (h != nullptr) InternetCloseHandle(h);
+    }
+    HINTERNET session = nullptr, connection = nullptr, request = nullptr;
+};
 
-        std::string failure, body;
-        bool ok = false;
-        HINTERNET connection = nullptr, request = nullptr;
+// One request and its answer, shared by the worker and the exchange's
+// thread: whichever lets go last frees it. The outcome is written by the
+// exchange's thread before it sets `done`, and read only after.
+class Exchange {
+public:
+    Exchange(std::string url, const UrlFetchOptions& options)
+        : url_(std::move(url)), options_(options), done_(CreateEventW(nullptr, TRUE, FALSE, nullptr)) {}
+    ~Exchange() {
+        if (done_ != nullptr) CloseHandle(done_);
+    }
+    Exchange(const Exchange&) = delete;
+    Exchange& operator=(const Exchange&) = delete;
+
+    HANDLE done() const { return done_; }
+    bool ok() const { return ok_; }
+    std::string& body() { return body_; }
+    const std::string& failure() const { return failure_; }
+
+    // On the exchange's thread: the whole request, then `done`.
+    void run() {
+        {
+            Handles handles;
+            runRequest(handles);
+        }
+        SetEvent(done_);
+    }
+
+    // From the worker: nobody waits for the outcome any more.
+    void cancel() { cancelled_.store(true, std::memory_order_release); }
+
+private:
+    bool cancelled() const { return cancelled_.load(std::memory_order_acquire); }
+
+    // Whether the exchange goes on after a step: it stops at a failed one,
+    // and at any once cancelled.
+    bool goesOn(bool stepDone) {
+        if (cancelled()) {
+            failure_ = "cancelled";
+            return false;
+        }
+        if (!stepDone) failure_ = internetText(GetLastError());
+        return stepDone;
+    }
+
+    void runRequest(Handles& h) {
+        const ULONGLONG deadline = GetTickCount64() + options_.totalTimeoutMs;
+        const std::string agent = urlFetchUserAgent();
+        h.session = InternetOpenA(agent.c_str(), INTERNET_OPEN_TYPE_PRECONFIG, nullptr, nullptr, 0);
+        if (!goesOn(h.session != nullptr)) return;
+        DWORD connect = options_.connectTimeoutMs, total = options_.totalTimeoutMs;
+        InternetSetOptionA(h.session, INTERNET_OPTION_CONNECT_TIMEOUT, &connect, sizeof connect);
+        InternetSetOptionA(h.session, INTERNET_OPTION_SEND_TIMEOUT, &total, sizeof total);
+        InternetSetOptionA(h.session, INTERNET_OPTION_RECEIVE_TIMEOUT, &total, sizeof total);
+
         URL_COMPONENTSA parts{};
         char host[256] = {}, path[2048] = {}, extra[2048] = {};
         parts.dwStructSize = sizeof parts;
@@ -66,107 +118,158 @@ public:
         parts.dwUrlPathLength = sizeof path;
         parts.lpszExtraInfo = extra;
         parts.dwExtraInfoLength = sizeof extra;
+        if (!InternetCrackUrlA(url_.c_str(), 0, 0, &parts) ||
+            (parts.nScheme != INTERNET_SCHEME_HTTP && parts.nScheme != INTERNET_SCHEME_HTTPS)) {
+            failure_ = "not a web address";
+            return;
+        }
+        const std::string target = std::string(path[0] != 0 ? path : "/") + extra;
+        DWORD flags = INTERNET_FLAG_RELOAD | INTERNET_FLAG_NO_CACHE_WRITE | INTERNET_FLAG_NO_UI |
+                      INTERNET_FLAG_NO_COOKIES | INTERNET_FLAG_PRAGMA_NOCACHE;
+        if (parts.nScheme == INTERNET_SCHEME_HTTPS) flags |= INTERNET_FLAG_SECURE;
+        h.connection = InternetConnectA(h.session, host, parts.nPort, nullptr, nullptr, INTERNET_SERVICE_HTTP, 0, 0);
+        if (!goesOn(h.connection != nullptr)) return;
+        h.request = HttpOpenRequestA(h.connection, "GET", target.c_str(), nullptr, nullptr, nullptr, flags, 0);
+        if (!goesOn(h.request != nullptr)) return;
+        // The request's own time-outs: those of the session do not reach
+        // every call on every system.
+        InternetSetOptionA(h.request, INTERNET_OPTION_CONNECT_TIMEOUT, &connect, sizeof connect);
+        InternetSetOptionA(h.request, INTERNET_OPTION_SEND_TIMEOUT, &total, sizeof total);
+        InternetSetOptionA(h.request, INTERNET_OPTION_RECEIVE_TIMEOUT, &total, sizeof total);
+        if (!goesOn(HttpSendRequestA(h.request, nullptr, 0, nullptr, 0) != FALSE)) return;
+        DWORD status = 0, size = sizeof status;
+        HttpQueryInfoA(h.request, HTTP_QUERY_STATUS_CODE | HTTP_QUERY_FLAG_NUMBER, &status, &size, nullptr);
+        if (status >= 400) {
+            char reason[256] = {};
+            DWORD length = sizeof reason - 1;
+            failure_ = "HTTP " + std::to_string(status);
+            if (HttpQueryInfoA(h.request, HTTP_QUERY_STATUS_TEXT, reason, &length, nullptr) && length > 0)
+                failure_ += " " + std::string(reason, length);
+            return;
+        }
+        char buffer[4096];
+        for (;;) {
+            if (GetTickCount64() > deadline) {
+                failure_ = internetText(ERROR_INTERNET_TIMEOUT);
+                return;
+            }
+            DWORD read = 0;
+            if (!goesOn(InternetReadFile(h.request, buffer, sizeof buffer, &read) != FALSE)) return;
+            if (read == 0) break;
+            if (body_.size() + read > options_.maxBodyBytes) {
+                failure_ = "the response is too large";
+                return;
+            }
+            body_.append(buffer, read);
+        }
+        ok_ = true;
+    }
+
+    const std::string url_;
+    const UrlFetchOptions options_;
+    HANDLE done_;
+    std::atomic<bool> cancelled_{false};
+    bool ok_ = false;
+    std::string body_, failure_;
+};
+
+// What the exchange's thread starts with: its share of the exchange, and
+// the module it holds.
+struct ThreadStart {
+    std::shared_ptr<Exchange> exchange;
+    HMODULE module;
+};
+
+void runExchange(ThreadStart* start) {
+    const std::unique_ptr<ThreadStart> owned(start);
+    owned->exchange->run();
+}
+
+DWORD WINAPI exchangeThread(void* parameter) {
+    auto* start = static_cast<ThreadStart*>(parameter);
+    const HMODULE module = start->module;
+    // Everything of the exchange is gone before the module may go.
+    runExchange(start);
+    FreeLibraryAndExitThread(module, 0);
+}
+
+// The module this code is in, held once more: the caller lets go of it.
+HMODULE holdThisModule() {
+    HMODULE module = nullptr;
+    if (!GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS, reinterpret_cast<LPCWSTR>(&holdThisModule),
+                            &module))
+        return nullptr;
+    return module;
+}
+
+class WinInetTransport : public UrlFetchTransport {
+public:
+    void perform(UrlFetch& fetch, const std::atomic<bool>& stopping) override {
         if (fetch.abandoned() || stopping.load()) {
-            failure = "cancelled";
-        } else if (!InternetCrackUrlA(fetch.url().c_str(), 0, 0, &parts) ||
-                   (parts.nScheme != INTERNET_SCHEME_HTTP && parts.nScheme != INTERNET_SCHEME_HTTPS)) {
-            failure = "not a web address";
-        } else {
-            connection = InternetConnectA(session, host, parts.nPort, nullptr, nullptr, INTERNET_SERVICE_HTTP, 0, 0);
-            const std::string target = std::string(path[0] != 0 ? path : "/") + extra;
-            DWORD flags = INTERNET_FLAG_RELOAD | INTERNET_FLAG_NO_CACHE_WRITE | INTERNET_FLAG_NO_UI |
-                          INTERNET_FLAG_NO_COOKIES | INTERNET_FLAG_PRAGMA_NOCACHE;
-            if (parts.nScheme == INTERNET_SCHEME_HTTPS) flags |= INTERNET_FLAG_SECURE;
-            if (connection != nullptr)
-                request = HttpOpenRequestA(connection, "GET", target.c_str(), nullptr, nullptr, nullptr, flags, 0);
-            {
-                std::lock_guard<std::mutex> lock(lock_);
-                connection_ = connection;
-                request_ = request;
-            }
-            if (request != nullptr) {
-                // The request's own time-outs: those of the session do not
-                // reach every call on every system.
-                InternetSetOptionA(request, INTERNET_OPTION_CONNECT_TIMEOUT, &connect, sizeof connect);
-                InternetSetOptionA(request, INTERNET_OPTION_SEND_TIMEOUT, &total, sizeof total);
-                InternetSetOptionA(request, INTERNET_OPTION_RECEIVE_TIMEOUT, &total, sizeof total);
-            }
-            if (request == nullptr || !HttpSendRequestA(request, nullptr, 0, nullptr, 0)) {
-                failure = internetText(GetLastError());
-            } else {
-                DWORD status = 0, size = sizeof status;
-                HttpQueryInfoA(request, HTTP_QUERY_STATUS_CODE | HTTP_QUERY_FLAG_NUMBER, &status, &size, nullptr);
-                if (status >= 400) {
-                    char reason[256] = {};
-                    DWORD length = sizeof reason - 1;
-                    failure = "HTTP " + std::to_string(status);
-                    if (HttpQueryInfoA(request, HTTP_QUERY_STATUS_TEXT, reason, &length, nullptr) && length > 0)
-                        failure += " " + std::string(reason, length);
-                } else {
-                    ok = true;
-                    char buffer[4096];
-                    for (;;) {
-                        if (fetch.abandoned() || stopping.load()) {
-                            ok = false;
-                            failure = "cancelled";
-                            break;
-                        }
-                        if (GetTickCount64() > deadline) {
-                            ok = false;
-                            failure = internetText(ERROR_INTERNET_TIMEOUT);
-                            break;
-                        }
-                        DWORD read = 0;
-                        if (!InternetReadFile(request, buffer, sizeof buffer, &read)) {
-                            ok = false;
-                            failure = internetText(GetLastError());
-                            break;
-                        }
-                        if (read == 0) break;
-                        if (body.size() + read > options.maxBodyBytes) {
-                            ok = false;
-                            failure = "the response is too large";
-                            break;
-                        }
-                        body.append(buffer, read);
-                    }
-                }
-            }
-            if (failure.empty() && !ok) failure = internetText(GetLastError());
+            fetch.fail("cancelled");
+            return;
+        }
+        auto exchange = std::make_shared<Exchange>(fetch.url(), fetch.options());
+        if (exchange->done() == nullptr || !startThread(exchange)) {
+            fetch.fail(internetText(GetLastError()));
+            return;
         }
         {
-            // A session closed by stop() took its children with it.
-            std::lock_guard<std::mutex> lock(lock_);
-            if (!closedByOther_) {
-                if (request != nullptr) InternetCloseHandle(request);
-                if (connection != nullptr) InternetCloseHandle(connection);
+            std::lock_guard<std::mutex> hold(lock_);
+            current_ = exchange;
+        }
+        // The exchange's own limits come first; this one ends an exchange
+        // whose calls outlive them.
+        const ULONGLONG deadline = GetTickCount64() + fetch.options().totalTimeoutMs + 2000;
+        bool finished = false, cancelled = false;
+        while (!finished) {
+            finished = WaitForSingleObject(exchange->done(), POLL_MS) == WAIT_OBJECT_0;
+            if (finished) break;
+            if (fetch.abandoned() || stopping.load()) {
+                cancelled = true;
+                break;
             }
+            if (GetTickCount64() > deadline) break;
         }
         {
-            std::lock_guard<std::mutex> lock(lock_);
-            if (!closedByOther_) InternetCloseHandle(session);
-            session_ = connection_ = request_ = nullptr;
+            std::lock_guard<std::mutex> hold(lock_);
+            current_.reset();
         }
-        if (ok)
-            fetch.succeed(std::move(body));
+        if (!finished) {
+            exchange->cancel();
+            fetch.fail(cancelled ? std::string("cancelled") : internetText(ERROR_INTERNET_TIMEOUT));
+            return;
+        }
+        if (exchange->ok())
+            fetch.succeed(std::move(exchange->body()));
         else
-            fetch.fail(failure);
+            fetch.fail(exchange->failure());
     }
 
     void interrupt() override {
-        std::lock_guard<std::mutex> lock(lock_);
-        if (session_ == nullptr || closedByOther_) return;
-        // The innermost first: closing the request ends a call that waits on it.
-        if (request_ != nullptr) InternetCloseHandle(request_);
-        if (connection_ != nullptr) InternetCloseHandle(connection_);
-        InternetCloseHandle(session_);
-        closedByOther_ = true;
+        std::lock_guard<std::mutex> hold(lock_);
+        if (current_) current_->cancel();
     }
 
 private:
+    static bool startThread(const std::shared_ptr<Exchange>& exchange) {
+        const HMODULE module = holdThisModule();
+        if (module == nullptr) return false;
+        auto* start = new ThreadStart{exchange, module};
+        const HANDLE thread = CreateThread(nullptr, 0, &exchangeThread, start, 0, nullptr);
+        if (thread == nullptr) {
+            const DWORD error = GetLastError();
+            delete start;
+            FreeLibrary(module);
+            SetLastError(error);
+            return false;
+        }
+        CloseHandle(thread);
+        return true;
+    }
+
     std::mutex lock_;
-    HINTERNET session_ = nullptr, connection_ = nullptr, request_ = nullptr;
-    bool closedByOther_ = false;
+    std::shared_ptr<Exchange> current_;  // under lock_
 };
 
 }  // namespace

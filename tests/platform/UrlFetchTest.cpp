@@ -5,6 +5,8 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <condition_variable>
+#include <mutex>
 #include <thread>
 
 #include "platform/Exceptions.h"
@@ -20,6 +22,43 @@ bool waitFor(const platform::UrlFetch& fetch, std::chrono::milliseconds limit = 
     while (!fetch.finished() && std::chrono::steady_clock::now() < until) std::this_thread::sleep_for(2ms);
     return fetch.finished();
 }
+
+// Waits in real time for the server to see its first request.
+bool waitForRequest(const httptest::Server& server, std::chrono::milliseconds limit = 10s) {
+    const auto until = std::chrono::steady_clock::now() + limit;
+    while (server.requests().empty() && std::chrono::steady_clock::now() < until) std::this_thread::sleep_for(2ms);
+    return !server.requests().empty();
+}
+
+// The test's clock for a server that holds its answers: it lets the
+// server answer after `limit`, unless the test is over first. A step that
+// waits for the network then ends at that moment instead of hanging the
+// test, and the test sees that the server answered before the step was
+// done; the limit is far longer than any step that does not wait.
+class AnswerLater {
+public:
+    AnswerLater(httptest::Server& server, std::chrono::milliseconds limit)
+        : thread_([this, &server, limit] {
+              std::unique_lock<std::mutex> hold(lock_);
+              if (!wake_.wait_for(hold, limit, [this] { return over_; })) server.release();
+          }) {}
+    ~AnswerLater() {
+        {
+            std::lock_guard<std::mutex> hold(lock_);
+            over_ = true;
+        }
+        wake_.notify_one();
+        thread_.join();
+    }
+    AnswerLater(const AnswerLater&) = delete;
+    AnswerLater& operator=(const AnswerLater&) = delete;
+
+private:
+    std::mutex lock_;
+    std::condition_variable wake_;
+    bool over_ = false;
+    std::thread thread_;
+};
 
 struct UrlFetchTest : ::testing::Test {
     ~UrlFetchTest() override { platform::stopUrlFetching(); }
@@ -136,13 +175,17 @@ TEST_F(UrlFetchTest, AnAbandonedFetchEndsSoonAndTheNextOneRuns) {
 
 TEST_F(UrlFetchTest, StoppingEndsTheWorkerAtOnceAndFailsWhatWaits) {
     httptest::Server server;
-    server.beSilent();
+    server.answer("too late");
+    server.holdAnswers();
     const auto running = platform::UrlFetch::start(server.url("/a"));
     const auto queued = platform::UrlFetch::start(server.url("/b"));
-    std::this_thread::sleep_for(50ms);
-    const auto before = std::chrono::steady_clock::now();
-    platform::stopUrlFetching();
-    EXPECT_LT(std::chrono::steady_clock::now() - before, 1s);
+    ASSERT_TRUE(waitForRequest(server));
+    {
+        // Well before the fetch's own time-out.
+        AnswerLater clock(server, 10s);
+        platform::stopUrlFetching();
+        EXPECT_FALSE(server.released()) << "stopping waited for the server's answer";
+    }
     EXPECT_FALSE(platform::urlFetchWorkerRunning());
     EXPECT_TRUE(running->finished());
     EXPECT_TRUE(queued->finished());
@@ -155,6 +198,33 @@ TEST_F(UrlFetchTest, StoppingEndsTheWorkerAtOnceAndFailsWhatWaits) {
     const auto later = platform::UrlFetch::start(again.url("/"));
     ASSERT_TRUE(waitFor(*later));
     EXPECT_EQ(later->body(), "back");
+}
+
+TEST_F(UrlFetchTest, ClosingDuringAFetchNeverWaitsForTheServer) {
+    // The fetch's own limits are far off: only the stop can end it before
+    // the server answers.
+    httptest::Server server;
+    server.answer("{ Tendrane1: {} }");
+    server.holdAnswers();
+    platform::UrlFetchOptions options;
+    options.connectTimeoutMs = 120000;
+    options.totalTimeoutMs = 120000;
+    const auto fetch = platform::UrlFetch::start(server.url("/tdversioncheck?v=3"), options);
+    ASSERT_TRUE(waitForRequest(server));
+    EXPECT_FALSE(fetch->finished());
+    {
+        AnswerLater clock(server, 20s);
+        platform::stopUrlFetching();
+        EXPECT_FALSE(server.released()) << "the close waited until the server was allowed to answer";
+        EXPECT_FALSE(platform::urlFetchWorkerRunning());
+        ASSERT_TRUE(fetch->finished());
+        EXPECT_EQ(fetch->failure(), "Internet error: cancelled");
+    }
+    // The answer that comes after is dropped: the fetch stays as it ended.
+    server.release();
+    std::this_thread::sleep_for(100ms);
+    EXPECT_EQ(fetch->failure(), "Internet error: cancelled");
+    EXPECT_EQ(fetch->body(), "");
 }
 
 TEST_F(UrlFetchTest, TheAskerMayLetGoFirst) {

@@ -1,7 +1,8 @@
 // A small HTTP server on 127.0.0.1 for tests of the URL fetch: it answers
-// every request the way the test sets (a body, a status, silence, or a
-// closed connection) and notes the request lines it saw. It runs on a
-// thread of its own until destroyed.
+// every request the way the test sets (a body, a status, silence, an
+// answer held back until the test releases it, or a closed connection) and
+// notes the request lines it saw. It runs on a thread of its own until
+// destroyed.
 #pragma once
 
 #include <arpa/inet.h>
@@ -21,7 +22,7 @@ namespace httptest {
 
 class Server {
 public:
-    enum class Mode { answer, silent, hangUp };
+    enum class Mode { answer, silent, held, hangUp };
 
     Server() {
         listener_ = ::socket(AF_INET, SOCK_STREAM, 0);
@@ -43,6 +44,7 @@ public:
         stop_ = true;
         thread_.join();
         for (int s : held_) ::close(s);
+        for (const Waiting& w : waiting_) ::close(w.socket);
         ::close(listener_);
     }
 
@@ -58,6 +60,10 @@ public:
         reason_ = std::move(reason);
     }
     void beSilent() { setMode(Mode::silent); }
+    // The next requests get the answer set by `answer` only once released.
+    void holdAnswers() { setMode(Mode::held); }
+    void release() { released_.store(true); }
+    bool released() const { return released_.load(); }
     void hangUp() { setMode(Mode::hangUp); }
 
     // The request lines seen: "GET /tdversioncheck?v=3 HTTP/1.1".
@@ -74,6 +80,7 @@ private:
 
     void serve() {
         while (!stop_) {
+            if (released_.load()) answerHeld();
             pollfd p{listener_, POLLIN, 0};
             if (::poll(&p, 1, 20) <= 0) continue;
             const int s = ::accept(listener_, nullptr, nullptr);
@@ -107,16 +114,35 @@ private:
             held_.push_back(s);  // open, and never a word
             return;
         }
-        if (mode == Mode::answer) {
-            std::size_t sent = 0;
-            while (sent < response.size()) {
-                const ssize_t n = ::send(s, response.data() + sent, response.size() - sent, MSG_NOSIGNAL);
-                if (n <= 0) break;
-                sent += std::size_t(n);
-            }
+        if (mode == Mode::held) {
+            waiting_.push_back({s, response});
+            return;
         }
+        if (mode == Mode::answer) send(s, response);
         ::close(s);
     }
+
+    static void send(int s, const std::string& response) {
+        std::size_t sent = 0;
+        while (sent < response.size()) {
+            const ssize_t n = ::send(s, response.data() + sent, response.size() - sent, MSG_NOSIGNAL);
+            if (n <= 0) break;
+            sent += std::size_t(n);
+        }
+    }
+
+    void answerHeld() {
+        for (const Waiting& w : waiting_) {
+            send(w.socket, w.response);
+            ::close(w.socket);
+        }
+        waiting_.clear();
+    }
+
+    struct Waiting {
+        int socket;
+        std::string response;
+    };
 
     int listener_ = -1;
     int port_ = 0;
@@ -128,6 +154,8 @@ private:
     std::string reason_ = "OK";
     std::vector<std::string> requests_;
     std::vector<int> held_;
+    std::vector<Waiting> waiting_;  // the serving thread's alone
+    std::atomic<bool> released_{false};
     std::thread thread_;
 };
 
