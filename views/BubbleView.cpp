@@ -106,6 +106,23 @@ bool readPageNumber(const std::string& text, int& out) {
     return true;
 }
 
+// A page without its script sections, as far as the mark-up goes.
+std::string withoutScripts(std::string_view page) {
+    constexpr std::string_view close = "[/quol]";
+    std::string out;
+    std::size_t p = 0;
+    for (;;) {
+        const std::size_t open = page.find(BubbleView::SCRIPT_OPEN, p);
+        if (open == std::string_view::npos) break;
+        const std::size_t end = page.find(close, open);
+        if (end == std::string_view::npos) break;
+        out.append(page.substr(p, open - p));
+        p = end + close.size();
+    }
+    out.append(page.substr(p));
+    return out;
+}
+
 }  // namespace
 
 int BubbleStyles::find(std::string_view name) const {
@@ -166,12 +183,21 @@ BubbleView::BubbleView(const Fomal::ViewBuild& build) : View(build) {
 
     home_ = rect();
     target_ = rect();
-    showPage(0);
-    // The first page stands at its place from the start.
-    moveStart_ = -1;
-    setRect(target_);
+    // The layout's own scripts are not ready while it is being built: a
+    // first page with script sections is checked without them now, and
+    // shown with their results at the first tick.
+    scriptsPending_ = !pages_.empty() && pages_.front().find(SCRIPT_OPEN) != std::string::npos;
+    showPage(0, !scriptsPending_);
+    standAtTarget();
     advance(editor().now(), false);
     updateTicks();
+}
+
+void BubbleView::standAtTarget() {
+    moveStart_ = -1;
+    invalidate();
+    setRect(target_);
+    invalidate();
 }
 
 Fomal::RectF BubbleView::bubbleRect() const {
@@ -225,12 +251,11 @@ bool BubbleView::hitsAt(int x, int y) const {
     return pixelRect().contains(x, y) && x >= b.left && x < b.right() && y >= b.top && y < b.bottom();
 }
 
-void BubbleView::showPage(int page) {
+void BubbleView::showPage(int page, bool runScripts) {
     page_ = page;
-    const std::string text = page_ < int(pages_.size())
-                                 ? Fomal::substituteText(pages_[std::size_t(page_)], editor().substitution())
-                                 : std::string();
-    compiled_ = compileMarkup(text, styles_);
+    const std::string& raw = page_ < int(pages_.size()) ? pages_[std::size_t(page_)] : std::string();
+    compiled_ = compileMarkup(runScripts ? Fomal::substituteText(raw, editor().substitution()) : withoutScripts(raw),
+                              styles_);
     op_ = 0;
     typedInOp_ = 0;
     typedBefore_ = 0;
@@ -255,7 +280,8 @@ void BubbleView::fitHeight() {
 void BubbleView::gotoPage(int page) {
     if (page < 0 || page >= int(pages_.size())) throw Exception("Invalid page number: " + std::to_string(page));
     invalidate();
-    showPage(page);
+    scriptsPending_ = false;
+    showPage(page, true);
     invalidate();
     advance(editor().now(), true);
     updateTicks();
@@ -391,7 +417,7 @@ void BubbleView::invalidateLines(int fromCharacter, int toCharacter) {
 void BubbleView::updateTicks() {
     double want = 0;
     if (moveStart_ >= 0) want = std::max(want, moveResizeFPS_);
-    if (typing() || repeating_) want = std::max(want, TYPING_FPS);
+    if (typing() || repeating_ || scriptsPending_) want = std::max(want, TYPING_FPS);
     if (want != ticksAsked_) {
         ticksAsked_ = want;
         askForTicks(want);
@@ -399,6 +425,12 @@ void BubbleView::updateTicks() {
 }
 
 void BubbleView::idle(std::int64_t now) {
+    if (scriptsPending_) {
+        scriptsPending_ = false;
+        showPage(page_, true);
+        standAtTarget();
+        if (retired()) return;
+    }
     stepMove(now);
     if (typing()) advance(now, true);
     if (retired()) return;
@@ -523,6 +555,7 @@ void BubbleView::draw(OrlPixels::Surface& surface, const OrlPixels::IntRect&) {
         }
     }
 
+    if (scriptsPending_) return;
     const int shown = shownCharacters();
     const double left = textLeft(), top = textTop();
     for (std::size_t k = 0; k < wrapped_.runs.size(); ++k) {

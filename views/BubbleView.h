@@ -26,6 +26,11 @@
 // without `font`, `lineSpacing`, `typingRate` or `offset` takes the
 // default style's.
 //
+// Pages pass through the text substitution before they are compiled, so
+// `[quol]` sections put their scripts' results into the page. The first
+// page's scripts run at the view's first tick, after the layout's "opened"
+// trigger has set up what they call; until then the bubble shows no text.
+//
 // Height. Each page's text is wrapped at the bubble's text width; the
 // view's height becomes the lines' height with the vertical paddings and
 // margins, kept between `minHeight` and `maxHeight`. The view keeps its
@@ -44,6 +49,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "fomal/View.h"
@@ -82,6 +88,8 @@ public:
 class BubbleView : public Fomal::View {
 public:
     static constexpr double TYPING_FPS = 30;
+    // Pages pass through the text substitution; its script sections open so.
+    static constexpr std::string_view SCRIPT_OPEN = "[quol]";
     // An `auto` click repeats after this wait, then at this interval.
     static constexpr std::int64_t REPEAT_DELAY_MS = 400;
     static constexpr std::int64_t REPEAT_INTERVAL_MS = 100;
@@ -122,7 +130,11 @@ public:
     double speedFactor() const { return speed_; }
 
 private:
-    void showPage(int page);
+    // Compiles a page and starts it; without `runScripts` its script
+    // sections are left out.
+    void showPage(int page, bool runScripts);
+    // Ends a move where it was going.
+    void standAtTarget();
     void fitHeight();
     void advance(std::int64_t now, bool runActions);
     void startMove(const Fomal::RectF& to, double seconds, double curve);
@@ -178,6 +190,7 @@ private:
     bool repeating_ = false;
     std::int64_t nextRepeat_ = 0;
     double ticksAsked_ = 0;
+    bool scriptsPending_ = false;
 };
 
 }  // namespace views

@@ -289,3 +289,27 @@ TEST(BubbleViewTest, AMoveTagAnimatesTheBubbleToItsTarget) {
     EXPECT_EQ(v.rect().top, home.top);
     EXPECT_EQ(v.rect().left, home.left);
 }
+
+TEST(BubbleViewTest, ScriptSectionsOfThePageRunAfterTheLayoutHasOpened) {
+    views::registerLivingViews();
+    viewtest::Editor e(
+        "triggers: { { when: \"opened\", action: \"{ ::bubbleWord = function { 'kerning' } }\" } }"
+        " views: { { type: \"bubble\", label: \"bubble\", bounds: { 20, 300, 300, 60 }, " +
+        std::string(STYLES) +
+        ", pages: { \"<fast><i>[quol]{ bubbleWord() }[/quol]</i> pairs</fast>\", \"[quol]{ bubbleWord() }[/quol]\" } } }");
+    views::BubbleView& v = static_cast<views::BubbleView&>(e.find("bubble"));
+    e.wait(50);
+    EXPECT_TRUE(e.alerts.empty()) << e.alerts.front();
+    ASSERT_EQ(v.compiled().ops.size(), 2u);
+    EXPECT_EQ(v.compiled().ops[0].text, "kerning");
+    EXPECT_EQ(v.compiled().ops[0].style, v.styles().find("i"));
+    // It types from there: a style inside another is that style alone,
+    // so "kerning" types at the default's rate.
+    EXPECT_TRUE(v.typing());
+    e.wait(500);
+    EXPECT_EQ(v.shownCharacters(), v.compiled().characters);
+    // A page set later runs its scripts at once.
+    e.core.actions().perform(e.root(), "gotoPage", "{ label: \"bubble\", page: 1 }", false);
+    ASSERT_EQ(v.compiled().ops.size(), 1u);
+    EXPECT_EQ(v.compiled().ops[0].text, "kerning");
+}
