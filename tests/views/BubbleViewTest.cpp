@@ -313,3 +313,31 @@ TEST(BubbleViewTest, ScriptSectionsOfThePageRunAfterTheLayoutHasOpened) {
     ASSERT_EQ(v.compiled().ops.size(), 1u);
     EXPECT_EQ(v.compiled().ops[0].text, "kerning");
 }
+
+TEST(BubbleViewTest, AnAutoClickRepeatsWhileHeldAndAPlainOneRunsOnRelease) {
+    // Each run of the action opens one more view inside the bubble.
+    Bubble b("", "\"<fast><click action: openView params: { type: rectangle } auto>more</click>"
+                 " <click action: openView params: { type: rectangle }>once</click></fast>\"");
+    views::BubbleView& v = b.view();
+    const auto [x, y] = b.runCentre(0);
+    b.core.mouseDown({x, y, Fomal::LEFT_BIT});
+    EXPECT_EQ(v.children().size(), 1u);
+    b.wait(views::BubbleView::REPEAT_DELAY_MS);
+    // At the delay, then at every interval.
+    b.wait(2 * views::BubbleView::REPEAT_INTERVAL_MS + 10);
+    EXPECT_EQ(v.children().size(), 4u);
+    b.core.mouseUp({x, y, Fomal::LEFT_BIT});
+    b.wait(500);
+    EXPECT_EQ(v.children().size(), 4u);
+    EXPECT_EQ(b.core.nextWake(), INT64_MAX);
+
+    const auto [ox, oy] = b.runCentre(1);
+    b.core.mouseDown({ox, oy, Fomal::LEFT_BIT});
+    EXPECT_EQ(v.children().size(), 4u);
+    b.core.mouseUp({ox, oy, Fomal::LEFT_BIT});
+    EXPECT_EQ(v.children().size(), 5u);
+    // Released away from the word, it does nothing.
+    b.core.mouseDown({ox, oy, Fomal::LEFT_BIT});
+    b.core.mouseUp({int(v.bubbleRect().left) + 2, int(v.bubbleRect().bottom()) - 2, Fomal::LEFT_BIT});
+    EXPECT_EQ(v.children().size(), 5u);
+}
