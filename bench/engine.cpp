@@ -1,7 +1,7 @@
 // The engine's cost: ns per voice-sample and the real-time factor for 1, 12
 // and 20 sounding voices, with and without the reverb, at 44.1 and 96 kHz;
 // and the whole engine path (voice allocation, decoding, reverb, output
-// stage) for 12 held notes.
+// stage) for 12 held notes and for silence, in ns per frame.
 #include <benchmark/benchmark.h>
 
 #include <memory>
@@ -103,6 +103,9 @@ void setCounters(benchmark::State& state, int voices, float rate) {
         double(voices) * 64.0 * 1e-9, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
     state.counters["realtime_x"] =
         benchmark::Counter(64.0 / double(rate), benchmark::Counter::kIsIterationInvariantRate);
+    // ns per frame (one stereo sample of the block), whatever the voices.
+    state.counters["ns_per_frame"] =
+        benchmark::Counter(64.0 * 1e-9, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
 
 void BM_Voices(benchmark::State& state) {
@@ -163,6 +166,48 @@ void BM_Engine12HeldFactory(benchmark::State& state) {
     engineHeld(state, factoryProgram(int(state.range(0))), 44100.0f, 48, 2);
 }
 BENCHMARK(BM_Engine12HeldFactory)->ArgName("patch")->DenseRange(0, 15);
+
+// ns per frame (one stereo sample of the block).
+void setFrameCounter(benchmark::State& state) {
+    state.counters["ns_per_frame"] =
+        benchmark::Counter(64.0 * 1e-9, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+}
+
+// The engine at rest: no note sounding and the reverb asleep, as between
+// the songs of a session. The block is still rendered: smoothing, the LFO
+// and every phase go on.
+void BM_EngineSilent(benchmark::State& state) {
+    const float rate = float(state.range(0));
+    auto engine = std::make_unique<SoundEngine>();
+    engine->init(rate, 1);
+    const NorvelleProgram p = factoryProgram(0);
+    MidiConfigRecord config;
+    float l[64], r[64];
+    bool silent = false;
+    // Long enough for the reverb to fall asleep (its level decays from the
+    // first block on, with nothing sent).
+    for (int i = 0; i < 64; ++i) engine->render(p, config, 0, nullptr, l, r, silent);
+    for (auto _ : state) {
+        engine->render(p, config, 0, nullptr, l, r, silent);
+        benchmark::DoNotOptimize(l[0]);
+        benchmark::DoNotOptimize(silent);
+    }
+    setFrameCounter(state);
+}
+BENCHMARK(BM_EngineSilent)->ArgName("rate")->Arg(44100)->Arg(96000);
+
+// What silence is measured against: writing the zeros of a stereo block.
+void BM_WriteZeros(benchmark::State& state) {
+    alignas(16) float l[64], r[64];
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(l);
+        benchmark::DoNotOptimize(r);
+        for (int i = 0; i < 64; ++i) l[i] = r[i] = 0.0f;
+        benchmark::ClobberMemory();
+    }
+    setFrameCounter(state);
+}
+BENCHMARK(BM_WriteZeros);
 
 void BM_ReverbOnly(benchmark::State& state) {
     const float rate = float(state.range(0));

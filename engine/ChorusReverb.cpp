@@ -186,9 +186,25 @@ void ChorusReverb::setGains() {
     lengthTrim_ = T == 0.0f ? 0.5f : std::min(std::pow(T, -0.25f), 2.0f);
 }
 
+void ChorusReverb::rest(float T) {
+    if (!buffer_) return;
+    if (T != length_) {
+        length_ = T;
+        setGains();
+    }
+    std::memcpy(gainNow_, gainTarget_, sizeof gainNow_);
+    level_ = 0.0f;
+}
+
 void ChorusReverb::process(const float* in, float* outLeft, float* outRight, float wetIn, float T, float D,
                            float C) {
     if (!buffer_) {
+        std::fill(outLeft, outLeft + BLOCK, 0.0f);
+        std::fill(outRight, outRight + BLOCK, 0.0f);
+        return;
+    }
+    if (asleep(wetIn)) {
+        rest(T);
         std::fill(outLeft, outLeft + BLOCK, 0.0f);
         std::fill(outRight, outRight + BLOCK, 0.0f);
         return;
@@ -198,13 +214,6 @@ void ChorusReverb::process(const float* in, float* outLeft, float* outRight, flo
         setGains();
     }
     const float v = std::max(level_, wetIn);
-    if (!(v > 1e-5f)) {
-        std::memcpy(gainNow_, gainTarget_, sizeof gainNow_);
-        std::fill(outLeft, outLeft + BLOCK, 0.0f);
-        std::fill(outRight, outRight + BLOCK, 0.0f);
-        level_ = 0.0f;
-        return;
-    }
     level_ = v;
     const float r = sampleRate_;
     const float w = 1.25f / r;

@@ -7,6 +7,7 @@
 
 #include <emmintrin.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <memory>
 
@@ -31,6 +32,13 @@ public:
     // One block. wetIn 1 when the send holds sound, else 0; T reverb time in
     // seconds, D damping corner in Hz (0 none), C chorus amount.
     void process(const float* in, float* outLeft, float* outRight, float wetIn, float T, float D, float C);
+
+    // Whether a block with this wetIn finds the reverb asleep: no tail and
+    // nothing coming in.
+    bool asleep(float wetIn) const { return !(std::max(level_, wetIn) > 1e-5f); }
+    // What process does to a reverb asleep, without writing its silence:
+    // the gains follow T at once and the tail stays ended.
+    void rest(float T);
 
     // The tail's energy tracker: 0 once the tail has ended.
     float level() const { return level_; }

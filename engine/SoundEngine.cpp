@@ -21,13 +21,19 @@ SoundEngine::SoundEngine() {
 
 void SoundEngine::init(float sampleRate, uint32_t seed) {
     rates_ = EngineRates::forSampleRate(sampleRate);
+    levelDecay_ = std::exp(-1.0f / (rates_.sampleRate / 64.0f));
+    flashDecay_ = std::exp(-1.0f / (rates_.sampleRate / 256.0f));
     visual_ = VisualState{};
+    visualsLit_ = false;
+    releaseFor_ = outGainFor_ = gateFor_ = gateReleaseFor_ = -1.0f;
     resetSlots();
     for (int i = 0; i < VOICE_COUNT; ++i)
         voices_[i].clear(seed - 1802235117u + static_cast<uint32_t>(i));
     std::memset(busLeft_, 0, sizeof busLeft_);
     std::memset(busRight_, 0, sizeof busRight_);
     std::memset(busSend_, 0, sizeof busSend_);
+    busesClear_ = true;
+    voicesIdle_ = false;
     output_.init(sampleRate);
     reverb_.seed(seed);
     if (reverb_.hasSize()) reverb_.resize(sampleRate, (reverb_.size() - 0.1f) / 4.9f, true);
@@ -48,14 +54,18 @@ void SoundEngine::noteOn(int32_t time, int channel, int note, int velocity) {
         const int branch = (note - rotationSteps_ + 12) % 12;
         visual_.lastBranch = branch;
         visual_.flash[branch] = 1.0f;
+        visualsLit_ = true;
     }
+    voicesIdle_ = false;
     VoiceManager::noteOn(time, channel, note, velocity);
 }
 
 void SoundEngine::decayVisuals() {
-    const float r = rates_.sampleRate;
-    const float a = std::exp(-1.0f / (r / 64.0f));
-    const float b = std::exp(-1.0f / (r / 256.0f));
+    // All at 0 they stay there.
+    if (!visualsLit_) return;
+    const float a = levelDecay_;
+    const float b = flashDecay_;
+    bool lit = false;
     for (int k = 0; k < VisualState::BRANCHES; ++k) {
         visual_.levelLow[k] *= a;
         if (std::fabs(visual_.levelLow[k]) < 1e-10f) visual_.levelLow[k] = 0.0f;
@@ -63,7 +73,17 @@ void SoundEngine::decayVisuals() {
         if (std::fabs(visual_.levelHigh[k]) < 1e-10f) visual_.levelHigh[k] = 0.0f;
         visual_.flash[k] *= b;
         if (std::fabs(visual_.flash[k]) < 0.01f) visual_.flash[k] = 0.0f;
+        lit |= visual_.levelLow[k] != 0.0f || visual_.levelHigh[k] != 0.0f || visual_.flash[k] != 0.0f;
     }
+    visualsLit_ = lit;
+}
+
+void SoundEngine::releaseTimes(float release) {
+    if (release == releaseFor_) return;
+    releaseFor_ = release;
+    releaseSec_ = 0.05f * std::exp(std::log(400.0f) * release);
+    const float frames = rates_.sampleRate * releaseSec_ / 16.0f;
+    releaseCoef_ = frames == 0.0f ? 0.0f : std::exp(-std::log(999.99994f) / frames);
 }
 
 void SoundEngine::feedEvents(int eventCount, const TimedEvent* events) {
@@ -98,6 +118,8 @@ void SoundEngine::feedEvents(int eventCount, const TimedEvent* events) {
 }
 
 void SoundEngine::displayLevel(const Voice& v) {
+    // Below -200 dB the level is 0, and so is the brightness: nothing to raise.
+    if (!(v.lastAmp > 1e-10f)) return;
     const float dB = v.lastAmp > 1e-10f ? 8.685889f * std::log(v.lastAmp) : -100000.0f;
     float level = (dB + 40.0f) / 40.0f;
     level = level < 0.0f ? 0.0f : (level > 1.0f ? 1.0f : level);
@@ -108,6 +130,7 @@ void SoundEngine::displayLevel(const Voice& v) {
     const float dark = level * (1.0f - bright);
     if (dark > low) low = dark;
     if (bright > high) high = bright;
+    visualsLit_ = true;
 }
 
 void SoundEngine::render(const NorvelleProgram& program, const MidiConfigRecord& midiConfig,
@@ -118,9 +141,11 @@ void SoundEngine::render(const NorvelleProgram& program, const MidiConfigRecord&
 
     silentFlag = true;
     sendSilent_ = true;
-    std::memset(busLeft_, 0, sizeof busLeft_);
-    std::memset(busRight_, 0, sizeof busRight_);
-    std::memset(busSend_, 0, sizeof busSend_);
+    if (!busesClear_) {
+        std::memset(busLeft_, 0, sizeof busLeft_);
+        std::memset(busRight_, 0, sizeof busRight_);
+        std::memset(busSend_, 0, sizeof busSend_);
+    }
 
     const bool newSeed = !seedKnown_ || program.seed != seenSeed_;
     if (newSeed) {
@@ -137,13 +162,15 @@ void SoundEngine::render(const NorvelleProgram& program, const MidiConfigRecord&
         adaptiveSmooth(effect_, program.param(Param::Effect), rates_.slewSlow, rates_.slewFast);
     }
 
-    const float r = rates_.sampleRate;
     const float tuningOct = 2.0f * tuning_ - 1.0f;
     const float effectBi = 2.0f * effect_ - 1.0f;
-    const float releaseSec = 0.05f * std::exp(std::log(400.0f) * program.param(Param::Release));
-    const float frames = r * releaseSec / 16.0f;
-    const float releaseCoef = frames == 0.0f ? 0.0f : std::exp(-std::log(999.99994f) / frames);
-    outGain_ = volume_ < 1e-5f ? 0.0f : 10.0f * std::pow(volume_, 3.321928094887362f);
+    releaseTimes(program.param(Param::Release));
+    const float releaseSec = releaseSec_;
+    const float releaseCoef = releaseCoef_;
+    if (volume_ != outGainFor_) {
+        outGainFor_ = volume_;
+        outGain_ = volume_ < 1e-5f ? 0.0f : 10.0f * std::pow(volume_, 3.321928094887362f);
+    }
     const float rotation = program.param(Param::Rotation);
     rotationSteps_ = static_cast<int>(((std::lround(12.0f * rotation) % 12) + 12) % 12);
 
@@ -166,10 +193,13 @@ void SoundEngine::render(const NorvelleProgram& program, const MidiConfigRecord&
     block.manager = this;
     // All voices at once: their noise colourings and filters share the lanes
     // of a few registers.
-    Voice* all[VOICE_COUNT];
-    for (int i = 0; i < VOICE_COUNT; ++i) all[i] = &voices_[i];
-    Voice::renderAll(all, VOICE_COUNT, block);
-    for (int k = 0; k < VOICE_COUNT; ++k) displayLevel(voices_[k]);
+    // Idle voices would only be told again that they are idle.
+    if (!voicesIdle_) {
+        Voice* all[VOICE_COUNT];
+        for (int i = 0; i < VOICE_COUNT; ++i) all[i] = &voices_[i];
+        voicesIdle_ = !Voice::renderAll(all, VOICE_COUNT, block);
+        for (int k = 0; k < VOICE_COUNT; ++k) displayLevel(voices_[k]);
+    }
 
     reverbBlock(program, releaseSec, silentFlag);
     output_.process(busLeft_, busRight_, silentFlag, outGain_ * 0.2f);
@@ -177,6 +207,8 @@ void SoundEngine::render(const NorvelleProgram& program, const MidiConfigRecord&
     visual_.clip = clip < 0.0f ? 0.0f : (clip > 1.0f ? 1.0f : clip);
     std::memcpy(left, busLeft_, sizeof busLeft_);
     std::memcpy(right, busRight_, sizeof busRight_);
+    // Still silent: no voice, no tail and no output stage wrote a bus.
+    busesClear_ = silentFlag;
 }
 
 void SoundEngine::reverbBlock(const NorvelleProgram& program, float releaseSec, bool& silentFlag) {
@@ -191,9 +223,20 @@ void SoundEngine::reverbBlock(const NorvelleProgram& program, float releaseSec, 
         C = d.params().reverbChorus;
     }
     // Gating: with nothing held or sustained, a short release shortens the tail.
-    if (slotsInState(Held) == 0 && slotsInState(Sustained) == 0 && releaseSec < 0.25f)
-        T = 0.2f * std::exp(std::log(T / 0.2f) * releaseSec / 0.25f);
+    if (slotsInState(Held) == 0 && slotsInState(Sustained) == 0 && releaseSec < 0.25f) {
+        if (T != gateFor_ || releaseSec != gateReleaseFor_) {
+            gateFor_ = T;
+            gateReleaseFor_ = releaseSec;
+            gated_ = 0.2f * std::exp(std::log(T / 0.2f) * releaseSec / 0.25f);
+        }
+        T = gated_;
+    }
     reverb_.resize(rates_.sampleRate, program.genes[Gene::fx_size]);
+    if (reverb_.asleep(wetIn)) {
+        // Its silence isn't added: the level stays 0.
+        reverb_.rest(T);
+        return;
+    }
     reverb_.process(busSend_, wetLeft_, wetRight_, wetIn, T, D, C);
     if (reverb_.level() != 0.0f) {
         for (int i = 0; i < BLOCK; ++i) {

@@ -35,6 +35,8 @@ public:
 
 private:
     void decayVisuals();
+    // Release time and its per-frame factor for the block.
+    void releaseTimes(float release);
     void feedEvents(int eventCount, const TimedEvent* events);
     void displayLevel(const Voice& v);
     // Reverb settings from the last played branch, the reverb, and its wet
@@ -42,6 +44,11 @@ private:
     void reverbBlock(const NorvelleProgram& program, float releaseSec, bool& silentFlag);
 
     EngineRates rates_;
+    // Per-block factors of the visual decay, from the rate.
+    float levelDecay_ = 1.0f;
+    float flashDecay_ = 1.0f;
+    // Some flash or level is not 0: the decay has work to do.
+    bool visualsLit_ = false;
     Voice voices_[VOICE_COUNT];
     engine::BranchDecoder decoders_[VisualState::BRANCHES];
     engine::ChorusReverb reverb_;
@@ -54,6 +61,11 @@ private:
     alignas(16) float wetLeft_[BLOCK];
     alignas(16) float wetRight_[BLOCK];
     bool sendSilent_ = true;
+    // The three buses hold only zeros: the last block wrote nothing there.
+    bool busesClear_ = true;
+    // No voice sounded or waited to start in the last block, and no note
+    // came since: the voices have nothing to do.
+    bool voicesIdle_ = false;
 
     // The seed of the sound last heard; a different one is a new sound.
     uint32_t seenSeed_ = 0;
@@ -65,6 +77,17 @@ private:
     float effect_ = 0.5f;
     float outGain_ = 0.0f;
     int rotationSteps_ = 0;
+
+    // The values of the last block that come from transcendental functions,
+    // with what they came from: a block whose inputs are those of the block
+    // before takes them as they are. Silence costs little that way, and
+    // nothing changes by one bit.
+    float releaseFor_ = -1.0f;  // the Release parameter
+    float releaseSec_ = 0.0f;
+    float releaseCoef_ = 0.0f;
+    float outGainFor_ = -1.0f;  // the smoothed volume
+    float gateFor_ = -1.0f, gateReleaseFor_ = -1.0f;  // reverb time and release
+    float gated_ = 0.0f;
 
     // The latest note of this block so far: it decides the display.
     int32_t shownTime_ = -1;

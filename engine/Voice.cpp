@@ -113,12 +113,14 @@ void Voice::render(const VoiceBlock& b) {
     endBlock(b);
 }
 
-void Voice::renderAll(Voice* const* voices, int count, const VoiceBlock& b) {
+bool Voice::renderAll(Voice* const* voices, int count, const VoiceBlock& b) {
+    bool any = false;
     for (; count > 0; voices += MAX_TOGETHER, count -= MAX_TOGETHER)
-        renderGroup(voices, std::min(count, MAX_TOGETHER), b);
+        any |= renderGroup(voices, std::min(count, MAX_TOGETHER), b);
+    return any;
 }
 
-void Voice::renderGroup(Voice* const* v, int count, const VoiceBlock& b) {
+bool Voice::renderGroup(Voice* const* v, int count, const VoiceBlock& b) {
     using namespace engine;
     float factor[MAX_TOGETHER];
     bool began[MAX_TOGETHER];
@@ -127,7 +129,7 @@ void Voice::renderGroup(Voice* const* v, int count, const VoiceBlock& b) {
         factor[k] = 1.0f;
         any |= began[k] = v[k]->beginBlock(b, factor[k]);
     }
-    if (!any) return;
+    if (!any) return false;
     FrameWork work[MAX_TOGETHER];
     NoiseJob noiseJobs[MAX_TOGETHER];
     FilterVoice filters[MAX_TOGETHER];
@@ -203,6 +205,7 @@ void Voice::renderGroup(Voice* const* v, int count, const VoiceBlock& b) {
     }
     for (int k = 0; k < count; ++k)
         if (began[k]) v[k]->endBlock(b);
+    return true;
 }
 
 void Voice::filterVoice(FrameWork& work, engine::FilterVoice& job) {

@@ -70,8 +70,9 @@ public:
     // Any number of voices' blocks at once, in that order: the sources one
     // by one, the noise colourings and filters of all that sound side by
     // side in the lanes of a few registers, the outputs in voice order. The
-    // same sound as rendering each alone, one after the other.
-    static void renderAll(Voice* const* voices, int count, const VoiceBlock& block);
+    // same sound as rendering each alone, one after the other. False when
+    // no voice sounded or waited to start: the block left them as they were.
+    static bool renderAll(Voice* const* voices, int count, const VoiceBlock& block);
     static constexpr int MAX_TOGETHER = 20;
 
     // The state of a voice that has never sounded; random seeds its noise.
@@ -172,7 +173,7 @@ protected:
     void frameFilter(FrameWork& work);
     void filterVoice(FrameWork& work, engine::FilterVoice& job);
     // Up to MAX_TOGETHER voices, frame by frame.
-    static void renderGroup(Voice* const* voices, int count, const VoiceBlock& block);
+    static bool renderGroup(Voice* const* voices, int count, const VoiceBlock& block);
     void frameOutput(const VoiceBlock& block, int frame, FrameWork& work);
 
     // The note start, in the frame where it falls.

@@ -217,3 +217,42 @@ TEST(ReverbTest, WetSignalIsPinnedBitForBit) {
     for (const Case& c : cases)
         EXPECT_EQ(wetFingerprint(c.rate, c.fxSize), c.fingerprint) << c.rate << " Hz, fx_size " << c.fxSize;
 }
+
+// Asleep, a rest is the block of silence that process would give, without
+// writing the silence: the gains follow the reverb time at once, and the
+// next sound comes out the same.
+TEST(ReverbTest, RestIsASilentBlockAsleep) {
+    ChorusReverb resting, processing;
+    for (ChorusReverb* rv : {&resting, &processing}) {
+        rv->seed(9);
+        rv->resize(44100.0f, 0.1f);
+        play(*rv, 5, 0, 0.3f, 3000.0f, 1.0f);
+    }
+    float silence[64] = {}, l[64], r[64];
+    int blocks = 0;
+    while (!resting.asleep(0.0f) && blocks < 100000) {
+        resting.process(silence, l, r, 0.0f, 0.3f, 3000.0f, 1.0f);
+        processing.process(silence, l, r, 0.0f, 0.3f, 3000.0f, 1.0f);
+        ++blocks;
+    }
+    ASSERT_TRUE(resting.asleep(0.0f));
+    ASSERT_GT(blocks, 10);
+    EXPECT_FALSE(resting.asleep(1.0f));
+    // The reverb time moves while asleep.
+    for (int b = 0; b < 30; ++b) {
+        const float T = b < 10 ? 0.3f : 1.7f;
+        resting.rest(T);
+        for (float& v : l) v = 1.0f;
+        processing.process(silence, l, r, 0.0f, T, 3000.0f, 1.0f);
+        for (float v : l) ASSERT_EQ(v, 0.0f);
+    }
+    for (int k = 0; k < ChorusReverb::LINES; ++k) EXPECT_EQ(resting.gainNow(k), processing.gainNow(k));
+    EXPECT_EQ(resting.level(), 0.0f);
+    const WetRun a = play(resting, 3, 3, 1.7f, 3000.0f, 1.0f);
+    const WetRun b = play(processing, 3, 3, 1.7f, 3000.0f, 1.0f);
+    ASSERT_EQ(a.left, b.left);
+    ASSERT_EQ(a.right, b.right);
+    float loudest = 0.0f;
+    for (float v : a.left) loudest = std::max(loudest, std::fabs(v));
+    EXPECT_GT(loudest, 1e-3f);
+}

@@ -326,3 +326,82 @@ TEST(SoundEngine, EightLaneLoopsSoundAsFourLaneLoops) {
         EXPECT_GT(sounding, heard[0].size() / 4) << "patch " << patch;
     }
 }
+
+// Silence keeps the values of the block before where their inputs stay the
+// same: a change made during silence must still be heard from its block on.
+TEST(SoundEngine, ReleaseAndVolumeChangedDuringSilenceAreHeard) {
+    // One engine sits silent with other settings first; the other has the
+    // final ones from the start. From the note on they must sound the same.
+    Rig moved, still;
+    moved.program.setParam(Param::Release, 0.1f);
+    moved.program.setParam(Param::Volume, 0.3f);
+    for (int b = 0; b < 50; ++b) moved.block();
+    moved.program.setParam(Param::Release, 0.6f);
+    moved.program.setParam(Param::Volume, 0.5f);
+    // The volume glides: let it arrive before the note.
+    for (int b = 0; b < 400; ++b) moved.block();
+    still.program.setParam(Param::Release, 0.6f);
+    for (int b = 0; b < 450; ++b) still.block();
+    ASSERT_EQ(moved.engine.outGain(), still.engine.outGain());
+    std::size_t sounding = 0;
+    for (int b = 0; b < 300; ++b) {
+        std::vector<TimedEvent> events;
+        if (b == 0) events = {ev(0, 0x90, 60, 100)};
+        if (b == 20) events = {ev(5, 0x80, 60, 0)};
+        moved.block(events);
+        still.block(events);
+        for (int i = 0; i < 64; ++i) {
+            ASSERT_EQ(moved.left[i], still.left[i]) << "block " << b << " sample " << i;
+            ASSERT_EQ(moved.right[i], still.right[i]) << "block " << b << " sample " << i;
+            sounding += moved.left[i] != 0.0f;
+        }
+    }
+    EXPECT_GT(sounding, 64u * 20u);
+}
+
+TEST(SoundEngine, DisplayGoesDarkInSilenceAndLightsAgainWithTheNextNote) {
+    Rig r;
+    r.block({ev(0, 0x90, 62, 100)});
+    for (int b = 0; b < 20; ++b) r.block();
+    EXPECT_GT(r.visual().levelLow[2] + r.visual().levelHigh[2], 0.0f);
+    r.block({ev(0, 0x80, 62, 0)});
+    // Decayed to nothing: every flash and level 0.
+    for (int b = 0; b < 20000; ++b) r.block();
+    const VisualState dark = r.visual();
+    for (int k = 0; k < VisualState::BRANCHES; ++k) {
+        EXPECT_EQ(dark.flash[k], 0.0f);
+        EXPECT_EQ(dark.levelLow[k], 0.0f);
+        EXPECT_EQ(dark.levelHigh[k], 0.0f);
+    }
+    r.block({ev(0, 0x90, 65, 100)});
+    for (int b = 0; b < 20; ++b) r.block();
+    const VisualState lit = r.visual();
+    EXPECT_GT(lit.flash[5], 0.5f);
+    EXPECT_LT(lit.flash[5], 1.0f);  // decaying
+    EXPECT_GT(lit.levelLow[5] + lit.levelHigh[5], 0.0f);
+}
+
+// With the release short and nothing held, the reverb's tail is shortened;
+// a release moved while only the tail rings is followed by the tail.
+TEST(SoundEngine, GatedTailFollowsTheReleaseDuringSilence) {
+    Rig a, b;
+    for (Rig* r : {&a, &b}) {
+        r->program.setParam(Param::Release, 0.05f);
+        r->block({ev(0, 0x90, 60, 110)});
+        for (int k = 0; k < 10; ++k) r->block();
+        r->block({ev(0, 0x80, 60, 0)});
+        // The voice dies; the tail rings on.
+        for (int k = 0; k < 120; ++k) r->block();
+        ASSERT_EQ(r->activeVoices(), 0);
+    }
+    for (int i = 0; i < 64; ++i) ASSERT_EQ(a.left[i], b.left[i]);
+    ASSERT_TRUE(a.engine.reverb().level() > 0.0f);
+    b.program.setParam(Param::Release, 0.1f);
+    bool differs = false;
+    for (int k = 0; k < 20; ++k) {
+        a.block();
+        b.block();
+        for (int i = 0; i < 64; ++i) differs |= a.left[i] != b.left[i];
+    }
+    EXPECT_TRUE(differs);
+}
