@@ -4,7 +4,10 @@
 # slider, clicks undo and redo, opens and closes it a hundred times, and
 # reads back what the editor's window shows, which must be what
 # `tendrane panel` draws for the same events, pixel for pixel. The editor
-# window's clipboard is checked against the Windows clipboard too.
+# window's clipboard is checked against the Windows clipboard too, and its
+# MIDI configuration dialog, the system's own, is opened from the main menu
+# and driven from a second thread of the host. The fetch worker, which the
+# last editor's close stops, must stop without waiting for the network.
 #   wine_editor_test.sh SOURCE_DIR WIN_BUILD_DIR TENDRANE WORK
 set -euo pipefail
 source_dir=$1 win_build=$2 tendrane=$3 work=$4
@@ -27,12 +30,14 @@ fi
 # plug-in says it has no editor fails.
 decoder=yes
 grep -qE "TENDRANE_HAVE_(LIBPNG|ZLIB)" "$win_build/build.ninja" || decoder=no
-cmake --build "$win_build" --target tendrane_vst tendrane_editor_host tendrane_editor_clipboard -j 2 | tail -n 2
+cmake --build "$win_build" --target tendrane_vst tendrane_editor_host tendrane_editor_clipboard \
+  tendrane_editor_midi_config tendrane_url_fetch_test -j 2 | tail -n 2
 "$source_dir/tests/host/windows/check_dll.sh" x86_64-w64-mingw32-objdump "$win_build/vst/Tendrane.dll"
 
 mkdir -p "$work"
 run=$(mktemp -d "$work/run-XXXXXX")
-cp "$win_build/vst/Tendrane.dll" "$win_build/vst/editor_host.exe" "$win_build/vst/editor_clipboard.exe" "$run/"
+cp "$win_build/vst/Tendrane.dll" "$win_build/vst/editor_host.exe" "$win_build/vst/editor_clipboard.exe" \
+  "$win_build/vst/editor_midi_config.exe" "$win_build/vst/url_fetch_test.exe" "$run/"
 
 # The headless panel of the same events, with empty preferences as the
 # fresh wine prefix has them.
@@ -52,12 +57,16 @@ timeout -k 10 600 "$2" editor_clipboard.exe > clipboard.log 2>&1
 echo $? > clipboard.status
 timeout -k 10 600 "$2" editor_host.exe Tendrane.dll opened.ppm gestures.ppm > host.log 2>&1
 echo $? > host.status
+timeout -k 10 300 "$2" editor_midi_config.exe Tendrane.dll > midi-config.log 2>&1
+echo $? > midi-config.status
+timeout -k 10 120 "$2" url_fetch_test.exe > url-fetch.log 2>&1
+echo $? > url-fetch.status
 timeout -k 5 60 "$3" -k 2>/dev/null || true
 SH
 chmod +x "$run/under-x.sh"
 xvfb-run -a -s "-screen 0 1280x1024x24" "$run/under-x.sh" "$run" "$wine" "$wineserver"
 # wine prints its own notes with the programs' lines: ours are the ones shown.
-grep -hE '^(FAILED|passed|editor rectangle|volume|after undo|100 openings|written|copied|pasted|no editor)' "$run"/*.log || true
+grep -hE '^(FAILED|passed|editor rectangle|volume|after undo|100 openings|written|copied|pasted|no editor|dialog|while open|after OK|after Cancel|stopping|threads)' "$run"/*.log || true
 clipboard_status=$(cat "$run/clipboard.status" 2>/dev/null || echo missing)
 failed=0
 [ "$clipboard_status" = 0 ] || { echo "FAILED: editor_clipboard.exe ended with status $clipboard_status (see $run/clipboard.log)"; failed=1; }
@@ -73,6 +82,10 @@ if [ "$host_status" = 77 ]; then
   exit 77
 fi
 [ "$host_status" = 0 ] || { echo "FAILED: editor_host.exe ended with status $host_status (see $run/host.log)"; failed=1; }
+midi_status=$(cat "$run/midi-config.status" 2>/dev/null || echo missing)
+[ "$midi_status" = 0 ] || { echo "FAILED: editor_midi_config.exe ended with status $midi_status (see $run/midi-config.log)"; failed=1; }
+fetch_status=$(cat "$run/url-fetch.status" 2>/dev/null || echo missing)
+[ "$fetch_status" = 0 ] || { echo "FAILED: url_fetch_test.exe ended with status $fetch_status (see $run/url-fetch.log)"; failed=1; }
 
 python3 - "$run" <<'PY' || failed=1
 # The window's pictures (PPM) against the headless panel's (PNG), by RGB.

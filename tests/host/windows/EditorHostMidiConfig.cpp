@@ -1,0 +1,366 @@
+// The MIDI configuration dialog of the Windows editor, driven as a user
+// would: a Windows host opens the editor, picks "MIDI Config..." in the
+// main menu (the system's popup menu) by its access key, and a second
+// thread finds the system's dialog that opens, reads its controls in
+// order, chooses an input channel in its drop-down list, checks "Enable
+// MIDI program changes" and presses OK; the instance's configuration (read
+// from the host's chunk) changes at once and stays. The second time the
+// dialog shows what is stored; a change, Reset and Cancel leave the
+// configuration as it was when the dialog opened.
+//
+//   editor_midi_config PLUGIN
+//
+// Every failed check prints a line starting with "FAILED"; the exit status
+// is the count of them, or 77 when the plug-in says it has no editor.
+#include <windows.h>
+
+#include <atomic>
+#include <cstdarg>
+#include <cstdio>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "patch/Chunk.h"
+#include "patch/FactoryPatches.h"
+#include "patch/MidiConfigText.h"
+#include "patch/Preferences.h"
+#include "tests/host/HostPatch.h"
+#include "tests/host/PluginHost.h"
+
+using testhost::Instance;
+using testhost::Library;
+
+namespace {
+
+constexpr int WIDTH = 384;
+constexpr int HEIGHT = 512;
+constexpr int MENU_X = 25, MENU_Y = 49;  // the main menu's button
+// The controls' numbers in the dialog, as the dialog's template has them.
+constexpr int INPUT_CHANNEL = 1101, PITCH_WHEEL = 1103, VELOCITY_CURVE = 1104;
+constexpr int PROGRAM_CHANGES = 1201;
+constexpr int RESET = 1001;
+
+std::atomic<int> failures{0};
+
+void check(bool ok, const char* format, ...) {
+    if (ok) return;
+    ++failures;
+    std::va_list args;
+    va_start(args, format);
+    std::printf("FAILED: ");
+    std::vprintf(format, args);
+    std::printf("\n");
+    va_end(args);
+    std::fflush(stdout);
+}
+
+LRESULT CALLBACK hostWindowProcedure(HWND hwnd, UINT message, WPARAM w, LPARAM l) {
+    return DefWindowProcW(hwnd, message, w, l);
+}
+
+HWND makeHostWindow() {
+    WNDCLASSEXW c = {};
+    c.cbSize = sizeof c;
+    c.lpfnWndProc = &hostWindowProcedure;
+    c.hInstance = GetModuleHandleW(nullptr);
+    c.hCursor = LoadCursorW(nullptr, IDC_ARROW);
+    c.hbrBackground = static_cast<HBRUSH>(GetStockObject(WHITE_BRUSH));
+    c.lpszClassName = L"MidiConfigHostFrame";
+    if (RegisterClassExW(&c) == 0) return nullptr;
+    RECT r{0, 0, WIDTH, HEIGHT};
+    const DWORD style = WS_OVERLAPPED | WS_CAPTION | WS_SYSMENU | WS_CLIPCHILDREN;
+    AdjustWindowRect(&r, style, FALSE);
+    HWND hwnd = CreateWindowExW(0, L"MidiConfigHostFrame", L"Editor host", style, 0, 0, r.right - r.left,
+                                r.bottom - r.top, nullptr, nullptr, GetModuleHandleW(nullptr), nullptr);
+    if (hwnd != nullptr) ShowWindow(hwnd, SW_SHOWNOACTIVATE);
+    return hwnd;
+}
+
+// The host's loop: the thread's messages, and the editor's idle call every
+// 10 ms, until `until` says so or the time is up.
+void pumpFor(Instance* in, int ms, const std::function<bool()>& until = {}) {
+    const ULONGLONG end = GetTickCount64() + ULONGLONG(ms);
+    ULONGLONG nextIdle = 0;
+    do {
+        MSG m;
+        while (PeekMessageW(&m, nullptr, 0, 0, PM_REMOVE)) {
+            TranslateMessage(&m);
+            DispatchMessageW(&m);
+        }
+        const ULONGLONG now = GetTickCount64();
+        if (in != nullptr && now >= nextIdle) {
+            in->call(effEditIdle);
+            nextIdle = now + 10;
+        }
+        if (until && until()) return;
+        MsgWaitForMultipleObjects(0, nullptr, FALSE, 2, QS_ALLINPUT);
+    } while (GetTickCount64() < end);
+}
+
+HWND editorWindow(HWND parent) { return GetWindow(parent, GW_CHILD); }
+
+// The instance's MIDI configuration, as the host's chunk of the bank keeps it.
+MidiConfigRecord storedConfig(Instance& in) {
+    void* data = nullptr;
+    const VstIntPtr size = in.call(effGetChunk, 0, 0, &data);
+    if (size <= 0 || data == nullptr) {
+        check(false, "the plug-in gave no chunk");
+        return {};
+    }
+    try {
+        const ChunkContents contents = inspectChunk(static_cast<const uint8_t*>(data), std::size_t(size));
+        return readMidiConfig(u"", contents.midiConfigText);
+    } catch (const std::exception& e) {
+        check(false, "the chunk does not read: %s", e.what());
+        return {};
+    }
+}
+
+std::wstring textOf(HWND w) {
+    wchar_t text[256] = {};
+    GetWindowTextW(w, text, 256);
+    return text;
+}
+
+std::string narrow(const std::wstring& text) {
+    const int n = WideCharToMultiByte(CP_UTF8, 0, text.c_str(), -1, nullptr, 0, nullptr, nullptr);
+    std::string out(std::size_t(n > 0 ? n : 1), '\0');
+    WideCharToMultiByte(CP_UTF8, 0, text.c_str(), -1, out.data(), n, nullptr, nullptr);
+    out.resize(out.size() - 1);
+    return out;
+}
+
+// The dialog's controls in order (the order the tab key visits them), as
+// their texts: a drop-down list's text is the value it shows.
+std::vector<std::wstring> controlTexts(HWND dialog) {
+    std::vector<std::wstring> texts;
+    for (HWND c = GetWindow(dialog, GW_CHILD); c != nullptr; c = GetWindow(c, GW_HWNDNEXT)) texts.push_back(textOf(c));
+    return texts;
+}
+
+void checkTexts(HWND dialog, const std::vector<std::wstring>& expected, const char* when) {
+    const std::vector<std::wstring> shown = controlTexts(dialog);
+    std::string line;
+    for (const std::wstring& t : shown) line += (line.empty() ? "" : " | ") + narrow(t);
+    std::printf("dialog %s: %s\n", when, line.c_str());
+    check(shown == expected, "the dialog %s shows other controls or texts than expected", when);
+}
+
+std::vector<std::wstring> expectedTexts(const wchar_t* input, const wchar_t* wheel, const wchar_t* curve) {
+    return {L"Input channel:", input, L"Output channel:", L"1", L"Pitch wheel:", wheel, L"Velocity curve:", curve,
+            L"&Enable MIDI program changes", L"Select &branches with MIDI notes",
+            L"(There are 0 MIDI controllers reassigned in this configuration.)", L"&Reset", L"&Load...", L"&Save...",
+            L"&Make Default", L"&Cancel", L"OK"};
+}
+
+// Sent to the dialog's thread and waited for, as a user's input is: the
+// dialog's own loop takes it.
+LRESULT send(HWND w, UINT message, WPARAM wp, LPARAM lp) {
+    DWORD_PTR result = 0;
+    if (!SendMessageTimeoutW(w, message, wp, lp, SMTO_NORMAL, 5000, &result)) check(false, "message %#x timed out", message);
+    return LRESULT(result);
+}
+
+// A choice in a drop-down list, told to the dialog as the list tells it.
+void choose(HWND dialog, int id, int position) {
+    HWND list = GetDlgItem(dialog, id);
+    send(list, CB_SETCURSEL, WPARAM(position), 0);
+    send(dialog, WM_COMMAND, MAKEWPARAM(id, CBN_SELCHANGE), reinterpret_cast<LPARAM>(list));
+}
+
+void press(HWND dialog, int id) { send(GetDlgItem(dialog, id), BM_CLICK, 0, 0); }
+
+// Watches the process's top-level windows from a thread of its own: the
+// main menu gets the access key of "MIDI Config...", and the dialog that
+// opens is handed to the test's steps, once. Anything else is a failure.
+class DialogDriver {
+public:
+    DialogDriver() : thread_([this] { run(); }) {}
+    ~DialogDriver() {
+        stop_.store(true);
+        thread_.join();
+    }
+    DialogDriver(const DialogDriver&) = delete;
+    DialogDriver& operator=(const DialogDriver&) = delete;
+
+    // The next menu gets 'm'; the dialog that opens then gets `steps`.
+    void expect(std::function<void(HWND)> steps) {
+        std::lock_guard<std::mutex> hold(lock_);
+        steps_ = std::move(steps);
+        menuAnswered_.store(false);
+        done_.store(false);
+    }
+    bool menuAnswered() const { return menuAnswered_.load(); }
+    bool done() const { return done_.load(); }
+
+private:
+    static BOOL CALLBACK visit(HWND hwnd, LPARAM self) {
+        reinterpret_cast<DialogDriver*>(self)->look(hwnd);
+        return TRUE;
+    }
+
+    void run() {
+        while (!stop_.load()) {
+            if (handled_ != nullptr && !IsWindow(handled_)) handled_ = nullptr;
+            if (handled_ != nullptr && !IsWindowVisible(handled_)) handled_ = nullptr;
+            EnumWindows(&visit, reinterpret_cast<LPARAM>(this));
+            Sleep(20);
+        }
+    }
+
+    void look(HWND hwnd) {
+        DWORD process = 0;
+        GetWindowThreadProcessId(hwnd, &process);
+        if (process != GetCurrentProcessId() || !IsWindowVisible(hwnd) || hwnd == handled_) return;
+        wchar_t name[64] = {};
+        GetClassNameW(hwnd, name, 64);
+        if (std::wstring(name) == L"#32768") {
+            handled_ = hwnd;
+            std::lock_guard<std::mutex> hold(lock_);
+            if (steps_ && !menuAnswered_.load()) {
+                PostMessageW(hwnd, WM_CHAR, L'm', 0);
+                menuAnswered_.store(true);
+            } else {
+                check(false, "a popup menu opened that nothing asked for");
+                PostMessageW(hwnd, WM_KEYDOWN, VK_ESCAPE, 0);
+            }
+        } else if (std::wstring(name) == L"#32770") {
+            handled_ = hwnd;
+            std::function<void(HWND)> steps;
+            {
+                std::lock_guard<std::mutex> hold(lock_);
+                steps.swap(steps_);
+            }
+            if (steps && textOf(hwnd) == L"MIDI Config") {
+                steps(hwnd);
+                done_.store(true);
+            } else {
+                check(false, "a dialog opened: %s", narrow(textOf(hwnd)).c_str());
+                PostMessageW(hwnd, WM_COMMAND, IDCANCEL, 0);
+            }
+        }
+    }
+
+    std::mutex lock_;
+    std::function<void(HWND)> steps_;  // under lock_
+    std::atomic<bool> stop_{false}, menuAnswered_{false}, done_{false};
+    HWND handled_ = nullptr;  // the watching thread's alone
+    std::thread thread_;
+};
+
+// Opens the dialog from the main menu and lets the driver take it through
+// `steps`.
+void throughTheDialog(Instance& in, HWND editor, DialogDriver& driver, std::function<void(HWND)> steps) {
+    driver.expect(std::move(steps));
+    PostMessageW(editor, WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(MENU_X, MENU_Y));
+    pumpFor(&in, 30);
+    PostMessageW(editor, WM_LBUTTONUP, 0, MAKELPARAM(MENU_X, MENU_Y));
+    pumpFor(&in, 20000, [&] { return driver.done(); });
+    check(driver.menuAnswered(), "the main menu did not open as a popup menu");
+    check(driver.done(), "no MIDI configuration dialog of the system's opened from the main menu");
+    pumpFor(&in, 200);
+}
+
+void okKeeps(Instance& in, HWND editor, DialogDriver& driver) {
+    const MidiConfigRecord before = storedConfig(in);
+    check(before.inputMidiChannel == -1 && !before.supportMidiProgramChange,
+          "the instance does not start with the default configuration");
+    throughTheDialog(in, editor, driver, [&](HWND dialog) {
+        check(GetWindow(dialog, GW_OWNER) == GetAncestor(editor, GA_ROOT),
+              "the dialog is not owned by the host's window that holds the editor");
+        checkTexts(dialog, expectedTexts(L"none", L"12", L"standard"), "as it opened");
+        choose(dialog, INPUT_CHANNEL, 4);  // channel 4
+        press(dialog, PROGRAM_CHANGES);
+        // The instance has heard it before the dialog closes.
+        const MidiConfigRecord meanwhile = storedConfig(in);
+        std::printf("while open: input channel %d, program changes %d\n", meanwhile.inputMidiChannel,
+                    int(meanwhile.supportMidiProgramChange));
+        check(meanwhile.inputMidiChannel == 3, "the input channel is %d while the dialog is open, not 3",
+              meanwhile.inputMidiChannel);
+        check(meanwhile.supportMidiProgramChange, "program changes are off while the dialog is open");
+        check(IsDlgButtonChecked(dialog, PROGRAM_CHANGES) == BST_CHECKED, "the check box does not show its check");
+        press(dialog, IDOK);
+    });
+    const MidiConfigRecord after = storedConfig(in);
+    std::printf("after OK: input channel %d, program changes %d, pitch wheel %d\n", after.inputMidiChannel,
+                int(after.supportMidiProgramChange), after.pitchWheelRange);
+    check(after.inputMidiChannel == 3, "OK left the input channel at %d, not 3", after.inputMidiChannel);
+    check(after.supportMidiProgramChange, "OK did not keep program changes on");
+    check(after.pitchWheelRange == 12 && after.velocityCurve == 1, "OK changed what nobody touched");
+}
+
+void cancelPutsBack(Instance& in, HWND editor, DialogDriver& driver) {
+    const std::string before = writeMidiConfig(storedConfig(in), false);
+    throughTheDialog(in, editor, driver, [&](HWND dialog) {
+        checkTexts(dialog, expectedTexts(L"4", L"12", L"standard"), "opened again");
+        check(IsDlgButtonChecked(dialog, PROGRAM_CHANGES) == BST_CHECKED, "the check box does not show what is stored");
+        choose(dialog, PITCH_WHEEL, 2);
+        choose(dialog, VELOCITY_CURVE, 2);
+        const MidiConfigRecord meanwhile = storedConfig(in);
+        check(meanwhile.pitchWheelRange == 2 && meanwhile.velocityCurve == 2,
+              "pitch wheel %d and velocity curve %d while open, not 2 and 2", meanwhile.pitchWheelRange,
+              meanwhile.velocityCurve);
+        press(dialog, RESET);
+        checkTexts(dialog, expectedTexts(L"none", L"12", L"standard"), "after Reset");
+        check(storedConfig(in).inputMidiChannel == -1, "Reset did not reach the instance");
+        press(dialog, IDCANCEL);
+    });
+    const std::string after = writeMidiConfig(storedConfig(in), false);
+    std::printf("after Cancel: the configuration is %s\n", after == before ? "what it was" : "not what it was");
+    check(after == before, "Cancel did not put back the configuration:\n%s\ninstead of\n%s", after.c_str(),
+          before.c_str());
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc != 2) {
+        std::fprintf(stderr, "usage: editor_midi_config PLUGIN\n");
+        return 2;
+    }
+    setvbuf(stdout, nullptr, _IONBF, 0);
+    // The tutorial has been finished and does not open by itself.
+    Preferences::write("completedTutorial", "true");
+    Library& library = Library::get(argv[1]);
+    if (!library.pluginMain) {
+        std::printf("FAILED: no entry point in %s: %s\n", argv[1], library.error.c_str());
+        return 1;
+    }
+    SetCursorPos(1200, 1000);
+    HWND host = makeHostWindow();
+    if (host == nullptr) {
+        std::printf("FAILED: no host window\n");
+        return 1;
+    }
+    {
+        auto in = std::make_unique<Instance>(library.pluginMain, 44100.0f, 512);
+        if (!in->effect) {
+            std::printf("FAILED: the plug-in made no instance\n");
+            return 1;
+        }
+        if ((in->effect->flags & effFlagsHasEditor) == 0) {
+            std::printf("no editor: the plug-in says it has none\n");
+            return 77;
+        }
+        std::vector<uint8_t> chunk = testhost::programChunk(factoryProgram(0));
+        in->call(effSetChunk, 1, static_cast<VstIntPtr>(chunk.size()), chunk.data());
+        check(in->call(effEditOpen, 0, 0, host) == 1, "effEditOpen failed");
+        pumpFor(in.get(), 300);
+        const HWND editor = editorWindow(host);
+        check(editor != nullptr, "no editor window");
+        if (editor != nullptr) {
+            DialogDriver driver;
+            okKeeps(*in, editor, driver);
+            cancelPutsBack(*in, editor, driver);
+        }
+        in->call(effEditClose);
+        pumpFor(nullptr, 50);
+    }
+    DestroyWindow(host);
+    if (failures == 0) std::printf("passed: the MIDI configuration dialog\n");
+    return failures.load();
+}
