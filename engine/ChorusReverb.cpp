@@ -51,11 +51,11 @@ inline __m128i multiplyLow(__m128i a, __m128i b) {
                               _mm_shuffle_epi32(odd, _MM_SHUFFLE(0, 0, 2, 0)));
 }
 
-// The four lanes of an integer vector, taken out through the shuffle unit
+// The four words of an integer vector, taken out through the shuffle unit
 // rather than a store and four loads.
-struct Lanes {
+struct Words {
     uint32_t v[4];
-    explicit Lanes(__m128i x)
+    explicit Words(__m128i x)
         : v{uint32_t(_mm_cvtsi128_si32(x)), uint32_t(_mm_cvtsi128_si32(_mm_shuffle_epi32(x, _MM_SHUFFLE(1, 1, 1, 1)))),
             uint32_t(_mm_cvtsi128_si32(_mm_shuffle_epi32(x, _MM_SHUFFLE(2, 2, 2, 2)))),
             uint32_t(_mm_cvtsi128_si32(_mm_shuffle_epi32(x, _MM_SHUFFLE(3, 3, 3, 3))))} {}
@@ -72,6 +72,14 @@ struct FloatLanes {
     float operator[](int k) const { return v[k]; }
 };
 
+// The modulators' phase wrap on a register of this loop.
+inline __m128 slowPhase(__m128 p) {
+    alignas(16) float x[4];
+    _mm_store_ps(x, p);
+    wrapSlowPhase(Lanes<4>::load(x)).store(x);
+    return _mm_load_ps(x);
+}
+
 // The delay ring as the loop sees it: positions count up with time and the
 // mask folds them in.
 struct Ring {
@@ -82,14 +90,14 @@ struct Ring {
 
     // s0 at each lane's position, s1 one further back.
     void gather(__m128i pos, __m128& s0, __m128& s1) const {
-        const Lanes p(pos);
+        const Words p(pos);
         s0 = _mm_setr_ps(at(p[0]), at(p[1]), at(p[2]), at(p[3]));
         s1 = _mm_setr_ps(at(p[0] - 1u), at(p[1] - 1u), at(p[2] - 1u), at(p[3] - 1u));
     }
 
     // Each lane to its position, lane 0 first.
     void scatter(__m128i pos, __m128 v) const {
-        const Lanes p(pos);
+        const Words p(pos);
         const FloatLanes x(v);
 #pragma GCC unroll 4
         for (int k = 0; k < 4; ++k) at(p[k]) = x[k];
@@ -266,7 +274,7 @@ void ChorusReverb::process(const float* in, float* outLeft, float* outRight, flo
             walk1 = _mm_add_ps(walk1, _mm_mul_ps(_mm_sub_ps(_mm_mul_ps(noise, noiseGain), walk1), walkCoef));
             walk2 = _mm_add_ps(walk2, _mm_mul_ps(_mm_sub_ps(walk1, walk2), walkCoef));
             // A parabolic sine of each walk: it wraps softly and never runs away.
-            const __m128 ph = wrapSlowPhase(_mm_mul_ps(walk2, _mm_set1_ps(0.15915494f)));
+            const __m128 ph = slowPhase(_mm_mul_ps(walk2, _mm_set1_ps(0.15915494f)));
             const __m128 bend = _mm_sub_ps(
                 _mm_set1_ps(8.0f),
                 _mm_and_ps(_mm_sub_ps(_mm_mul_ps(_mm_set1_ps(16.0f), ph), _mm_set1_ps(8.0f)), absMask));
@@ -386,7 +394,7 @@ void ChorusReverb::process(const float* in, float* outLeft, float* outRight, flo
             for (int j = 0; j < 4; ++j) diffuse(n + j, l[j], r[j]);
             return;
         }
-        const Lanes p0(pos0), p4(pos4);
+        const Words p0(pos0), p4(pos4);
         const uint32_t p[7] = {p0[0], p0[1], p0[2], p0[3], p4[0], p4[1], p4[2]};
         __m128 rd[DIFFUSERS], g[DIFFUSERS];
 #pragma GCC unroll 6
@@ -471,7 +479,7 @@ void ChorusReverb::process(const float* in, float* outLeft, float* outRight, flo
                 if (_mm_movemask_epi8(_mm_andnot_si128(_mm_cmpgt_epi32(first, readLimit), still)) == 0xFFFF) {
                     // Each sample's s0 is the next one's s1; the last
                     // sample's s0 is the fifth of each run.
-                    const Lanes p(first);
+                    const Words p(first);
 #pragma GCC unroll 4
                     for (int k = 0; k < 4; ++k) s1[g][k] = _mm_loadu_ps(ring.buf + p[k]);
                     _MM_TRANSPOSE4_PS(s1[g][0], s1[g][1], s1[g][2], s1[g][3]);
@@ -505,7 +513,7 @@ void ChorusReverb::process(const float* in, float* outLeft, float* outRight, flo
                 __m128* e = d[g];
                 _MM_TRANSPOSE4_PS(e[0], e[1], e[2], e[3]);
                 const __m128i dest = _mm_and_si128(_mm_sub_epi32(_mm_set1_epi32(int32_t(at)), lineOffset[g]), ringMask);
-                const Lanes q(dest);
+                const Words q(dest);
                 if (_mm_movemask_epi8(_mm_cmpgt_epi32(dest, writeLimit)) == 0) {
 #pragma GCC unroll 4
                     for (int k = 0; k < 4; ++k) _mm_storeu_ps(ring.buf + q[k], e[k]);

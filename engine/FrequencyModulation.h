@@ -3,9 +3,8 @@
 // swing; negative steps are allowed.
 #pragma once
 
-#include <emmintrin.h>
-
 #include "engine/FrameSize.h"
+#include "engine/Lanes.h"
 
 namespace engine {
 
@@ -14,11 +13,9 @@ float limitedFmDepth(float fmDepth, float fmDepthMod, float modHold, float fA, f
 
 // step[i] = (b[i] * depth + 1) * fA
 inline void fmSteps(const float* b16, float depth, float fA, float* step16) {
-    const __m128 d = _mm_set1_ps(depth);
-    const __m128 f = _mm_set1_ps(fA);
-    const __m128 one = _mm_set1_ps(1.0f);
-    for (int i = 0; i < kFrameSamples; i += 4)
-        _mm_storeu_ps(step16 + i, _mm_mul_ps(_mm_add_ps(_mm_mul_ps(_mm_loadu_ps(b16 + i), d), one), f));
+    using L = Lanes<4>;
+    const L d(depth), f(fA), one(1.0f);
+    for (int i = 0; i < kFrameSamples; i += 4) ((L::load(b16 + i) * d + one) * f).store(step16 + i);
 }
 
 }  // namespace engine

@@ -9,6 +9,8 @@
 
 #include <emmintrin.h>
 
+#include "engine/Lanes.h"
+
 namespace engine {
 
 struct WaveShape {
@@ -24,53 +26,38 @@ struct WaveShape {
     // Four at once: the shapes make gives for each lane's form and freq.
     static void makeFour(__m128 form, __m128 freq, WaveShape* const* out4);
 
-    // Four phases in 0 to 1 at once: only minimum, maximum, multiply and add.
-    __m128 shape(__m128 phase) const;
-    float shape(float phase) const { return _mm_cvtss_f32(shape(_mm_set_ss(phase))); }
+    // A phase in 0 to 1: only minimum, maximum, multiply and add.
+    float shape(float phase) const;
 };
 
-// A shape's constants spread over the four lanes of registers: the same
-// shape in every lane, or one voice's shape per lane. Loops keep it in
+// A shape's constants spread over the lanes of registers. Loops keep it in
 // registers: the constants are not reloaded after every store of a sample.
+template <int W>
 struct ShapeLanes {
-    __m128 fall, rise, top, fallGain, riseGain, offset;
+    using L = Lanes<W>;
+    L fall, rise, top, fallGain, riseGain, offset;
 
-    explicit ShapeLanes(const WaveShape& w)
-        : fall(_mm_set1_ps(w.fall)),
-          rise(_mm_set1_ps(w.rise)),
-          top(_mm_set1_ps(w.top)),
-          fallGain(_mm_set1_ps(w.fallGain)),
-          riseGain(_mm_set1_ps(w.riseGain)),
-          offset(_mm_set1_ps(w.offset)) {}
-    // One shape per lane.
-    ShapeLanes(const WaveShape& a, const WaveShape& b, const WaveShape& c, const WaveShape& d)
-        : fall(_mm_setr_ps(a.fall, b.fall, c.fall, d.fall)),
-          rise(_mm_setr_ps(a.rise, b.rise, c.rise, d.rise)),
-          top(_mm_setr_ps(a.top, b.top, c.top, d.top)),
-          fallGain(_mm_setr_ps(a.fallGain, b.fallGain, c.fallGain, d.fallGain)),
-          riseGain(_mm_setr_ps(a.riseGain, b.riseGain, c.riseGain, d.riseGain)),
-          offset(_mm_setr_ps(a.offset, b.offset, c.offset, d.offset)) {}
+    ShapeLanes() = default;
+    TENDRANE_LANES_INLINE explicit ShapeLanes(const WaveShape& w)
+        : fall(w.fall), rise(w.rise), top(w.top), fallGain(w.fallGain), riseGain(w.riseGain), offset(w.offset) {}
 
-    __m128 shape(__m128 phase) const {
-        const __m128 zero = _mm_setzero_ps();
-        const __m128 y = _mm_add_ps(_mm_mul_ps(_mm_min_ps(_mm_sub_ps(phase, fall), zero), fallGain),
-                                    _mm_mul_ps(_mm_max_ps(_mm_sub_ps(_mm_min_ps(phase, top), rise), zero), riseGain));
+    TENDRANE_LANES_INLINE L shape(L phase) const {
+        const L zero(0.0f);
+        const L y = min(phase - fall, zero) * fallGain + max(min(phase, top) - rise, zero) * riseGain;
         return bend(y);
     }
 
 private:
-    // ((0.00210733 |y| - 0.02113737) y^2 + 0.00527596 |y| + 0.30721605) y^2 - offset
-    __m128 bend(__m128 y) const {
-        const __m128 absMask = _mm_castsi128_ps(_mm_set1_epi32(0x7FFFFFFF));
-        const __m128 a = _mm_and_ps(y, absMask);
-        const __m128 y2 = _mm_mul_ps(y, y);
-        __m128 r = _mm_sub_ps(_mm_mul_ps(_mm_set1_ps(0.00210733f), a), _mm_set1_ps(0.02113737f));
-        r = _mm_add_ps(_mm_add_ps(_mm_mul_ps(r, y2), _mm_mul_ps(_mm_set1_ps(0.00527596f), a)),
-                       _mm_set1_ps(0.30721605f));
-        return _mm_sub_ps(_mm_mul_ps(r, y2), offset);
+    // The ramp bent into half cosines by a polynomial in y and |y|.
+    TENDRANE_LANES_INLINE L bend(L y) const {
+        const L a = andBits(y, 0x7FFFFFFFu);
+        const L y2 = y * y;
+        L r = L(0.00210733f) * a - L(0.02113737f);
+        r = r * y2 + L(0.00527596f) * a + L(0.30721605f);
+        return r * y2 - offset;
     }
 };
 
-inline __m128 WaveShape::shape(__m128 phase) const { return ShapeLanes(*this).shape(phase); }
+inline float WaveShape::shape(float phase) const { return ShapeLanes<1>(*this).shape(Lanes<1>(phase))[0]; }
 
 }  // namespace engine

@@ -20,6 +20,7 @@ bool processorRunsAvx() {
 // meets a first-use guard.
 const bool runs = processorRunsAvx();
 std::atomic<bool> allowed{true};
+std::atomic<int> forced{0};
 
 }  // namespace
 
@@ -28,5 +29,16 @@ bool runsHere() { return runs; }
 bool available() { return allowed.load(std::memory_order_relaxed) && runsHere(); }
 
 void allow(bool yes) { allowed.store(yes, std::memory_order_relaxed); }
+
+int laneWidth() {
+    const int f = forced.load(std::memory_order_relaxed);
+    if (f == 1 || f == 4) return f;
+    return available() ? 8 : 4;
+}
+
+void forceLanes(int width) {
+    forced.store(width == 1 || width == 4 ? width : 0, std::memory_order_relaxed);
+    allow(width != 4);
+}
 
 }  // namespace engine::wide

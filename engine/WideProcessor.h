@@ -15,4 +15,13 @@ bool available();
 // are otherwise never used on a processor with wide registers.
 void allow(bool allowed);
 
+// The lanes the loops take now: 8 where the eight-lane loops are used, else
+// 4, or 1 (one value at a time) when tests ask for it. All give the same
+// sound, bit for bit.
+int laneWidth();
+
+// Tests choose the width: 1, 4 or 8 (8 only where it runs; else 4); 0 goes
+// back to the widest allowed.
+void forceLanes(int width);
+
 }  // namespace engine::wide

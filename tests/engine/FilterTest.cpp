@@ -4,6 +4,7 @@
 #include <array>
 #include <cmath>
 #include <cstring>
+#include <string>
 #include <vector>
 
 #include "engine/StateVariableFilter.h"
@@ -144,9 +145,9 @@ TEST(FilterTest, SameOutputWithAndWithoutFlushToZeroAndNoDenormalsAfterSilence) 
 
 TEST(FilterTest, CoefficientsForFourAtOnceAreTheCoefficientsOfEach) {
     // The four-lane loops, and the eight-lane ones where they run.
-    for (bool wide : testsupport::WideLoops::ways()) {
-        testsupport::WideLoops loops(wide);
-        SCOPED_TRACE(wide ? "eight lanes" : "four lanes");
+    for (int width : testsupport::WideLoops::ways()) {
+        testsupport::WideLoops loops(width);
+        SCOPED_TRACE(std::to_string(width) + " lanes");
         // Through the voices' filters: a voice alone in its register and the
         // same voice among others must hear the same, over cut-offs from the
         // bottom to the top of the range and damping of every sign.
@@ -174,9 +175,9 @@ TEST(FilterTest, CoefficientsForFourAtOnceAreTheCoefficientsOfEach) {
 
 TEST(FilterTest, AnyNumberOfVoicesTogetherGetWhatEachGetsAlone) {
     // The four-lane loops, and the eight-lane ones where they run.
-    for (bool wide : testsupport::WideLoops::ways()) {
-        testsupport::WideLoops loops(wide);
-        SCOPED_TRACE(wide ? "eight lanes" : "four lanes");
+    for (int width : testsupport::WideLoops::ways()) {
+        testsupport::WideLoops loops(width);
+        SCOPED_TRACE(std::to_string(width) + " lanes");
         // Odd counts leave a lane pair spare; 13 and 20 take more than one loop.
         for (int count : {1, 2, 3, 4, 5, 7, 12, 13, 20}) {
             const std::size_t n = static_cast<std::size_t>(count);

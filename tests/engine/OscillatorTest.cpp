@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <string>
 #include <vector>
 
 #include "engine/FrequencyModulation.h"
@@ -77,14 +78,22 @@ TEST(OscillatorTest, OversamplingBoundaries) {
 TEST(OscillatorTest, OversampledShapeIsTheMeanOfItsPoints) {
     WaveShape w = WaveShape::make(0.4f, 0.01f);
     const float p = 0.3f, f = 0.02f;
-    __m128 two = oversampledShape(w, _mm_set1_ps(p), _mm_set1_ps(f), 2);
-    EXPECT_NEAR(_mm_cvtss_f32(two), (w.shape(p) + w.shape(p + f / 2)) / 2, 1e-6);
-    __m128 three = oversampledShape(w, _mm_set1_ps(p), _mm_set1_ps(f), 3);
-    EXPECT_NEAR(_mm_cvtss_f32(three), (w.shape(p) + w.shape(p + f / 3) + w.shape(p + 2 * f / 3)) / 3, 1e-6);
+    const ShapeLanes<4> lanes(w);
+    using L = Lanes<4>;
+    const L two = oversampledShape(lanes, L(p), L(f), 2);
+    EXPECT_NEAR(two[0], (w.shape(p) + w.shape(p + f / 2)) / 2, 1e-6);
+    const L three = oversampledShape(lanes, L(p), L(f), 3);
+    EXPECT_NEAR(three[0], (w.shape(p) + w.shape(p + f / 3) + w.shape(p + 2 * f / 3)) / 3, 1e-6);
     // Extra points past the end of the cycle wrap to its start.
-    __m128 wrapped = oversampledShape(w, _mm_set1_ps(0.99f), _mm_set1_ps(0.04f), 2);
-    EXPECT_NEAR(_mm_cvtss_f32(wrapped), (w.shape(0.99f) + w.shape(0.01f)) / 2, 1e-3);
-    EXPECT_GT(std::fabs(_mm_cvtss_f32(wrapped) - (w.shape(0.99f) + w.shape(1.01f)) / 2), 0.1f);
+    const L wrapped = oversampledShape(lanes, L(0.99f), L(0.04f), 2);
+    EXPECT_NEAR(wrapped[0], (w.shape(0.99f) + w.shape(0.01f)) / 2, 1e-3);
+    EXPECT_GT(std::fabs(wrapped[0] - (w.shape(0.99f) + w.shape(1.01f)) / 2), 0.1f);
+    // One value at a time and eight at once give the same bits.
+    for (int points = 1; points <= 3; ++points) {
+        const float one = oversampledShape(ShapeLanes<1>(w), Lanes<1>(0.7f), Lanes<1>(f), points)[0];
+        EXPECT_EQ(oversampledShape(lanes, L(0.7f), L(f), points)[3], one);
+        EXPECT_EQ(oversampledShape(ShapeLanes<8>(w), Lanes<8>(0.7f), Lanes<8>(f), points)[7], one);
+    }
 }
 
 TEST(OscillatorTest, OscillatorBSoundsItsFrequency) {
@@ -281,9 +290,9 @@ TEST(OscillatorTest, BothNoiseFiltersAtOnceMatchEachAlone) {
 
 TEST(OscillatorTest, FourVoicesNoiseFiltersInLanesGetWhatEachGetsAlone) {
     // The four-lane loops, and the eight-lane ones where they run.
-    for (bool wide : testsupport::WideLoops::ways()) {
-        testsupport::WideLoops loops(wide);
-        SCOPED_TRACE(wide ? "eight lanes" : "four lanes");
+    for (int width : testsupport::WideLoops::ways()) {
+        testsupport::WideLoops loops(width);
+        SCOPED_TRACE(std::to_string(width) + " lanes");
         const engine::NoiseTable& table = engine::NoiseTable::instance();
         uint32_t random[4] = {1, 99, 12345, 4000000000u};
         const float fB[4] = {0.001f, 0.05f, 0.2f, 0.4999f};
@@ -334,9 +343,9 @@ TEST(OscillatorTest, FourVoicesNoiseFiltersInLanesGetWhatEachGetsAlone) {
 
 TEST(OscillatorTest, QuietNoiseFiltersAmongFourGiveZerosAndKeepTheirStates) {
     // The four-lane loops, and the eight-lane ones where they run.
-    for (bool wide : testsupport::WideLoops::ways()) {
-        testsupport::WideLoops loops(wide);
-        SCOPED_TRACE(wide ? "eight lanes" : "four lanes");
+    for (int width : testsupport::WideLoops::ways()) {
+        testsupport::WideLoops loops(width);
+        SCOPED_TRACE(std::to_string(width) + " lanes");
         const engine::NoiseTable& table = engine::NoiseTable::instance();
         uint32_t random = 77;
         float b1[4] = {0.2f, 0.0f, 0.0f, 0.0f}, b2[4] = {0.1f, 0.0f, 0.0f, 0.0f}, a[4] = {0.0f, 0.5f, 0.0f, 0.0f};
@@ -393,9 +402,9 @@ TEST(OscillatorTest, QuietNoiseFiltersAmongFourGiveZerosAndKeepTheirStates) {
 
 TEST(OscillatorTest, AnyNumberOfVoicesNoiseFiltersTogetherGetWhatEachGetsAlone) {
     // The four-lane loops, and the eight-lane ones where they run.
-    for (bool wide : testsupport::WideLoops::ways()) {
-        testsupport::WideLoops loops(wide);
-        SCOPED_TRACE(wide ? "eight lanes" : "four lanes");
+    for (int width : testsupport::WideLoops::ways()) {
+        testsupport::WideLoops loops(width);
+        SCOPED_TRACE(std::to_string(width) + " lanes");
         const engine::NoiseTable& table = engine::NoiseTable::instance();
         // Counts that leave lanes spare, and more than one loop's worth.
         for (int count : {2, 3, 5, 9, 12, 13, 20}) {
@@ -508,9 +517,9 @@ TEST(OscillatorTest, FourShapesAtOnceAreTheShapesOfEach) {
 
 TEST(OscillatorTest, VoiceBInOnePassIsBSwungToneAndNoise) {
     // The four-lane loops, and the eight-lane ones where they run.
-    for (bool wide : testsupport::WideLoops::ways()) {
-        testsupport::WideLoops loops(wide);
-        SCOPED_TRACE(wide ? "eight lanes" : "four lanes");
+    for (int width : testsupport::WideLoops::ways()) {
+        testsupport::WideLoops loops(width);
+        SCOPED_TRACE(std::to_string(width) + " lanes");
         const engine::NoiseTable& table = engine::NoiseTable::instance();
         uint32_t random = 5;
         int compared = 0;
@@ -538,9 +547,9 @@ TEST(OscillatorTest, VoiceBInOnePassIsBSwungToneAndNoise) {
 
 TEST(OscillatorTest, VoiceAInOnePassIsTheMixOfAWithBAndNoise) {
     // The four-lane loops, and the eight-lane ones where they run.
-    for (bool wide : testsupport::WideLoops::ways()) {
-        testsupport::WideLoops loops(wide);
-        SCOPED_TRACE(wide ? "eight lanes" : "four lanes");
+    for (int width : testsupport::WideLoops::ways()) {
+        testsupport::WideLoops loops(width);
+        SCOPED_TRACE(std::to_string(width) + " lanes");
         const engine::NoiseTable& table = engine::NoiseTable::instance();
         uint32_t random = 9;
         float phase = 0.3f, phaseAlone = 0.3f;
@@ -605,9 +614,9 @@ TEST(OscillatorTest, WideLoopsSoundAsTheFourSampleLoops) {
 TEST(OscillatorTest, SeveralVoicesOscillatorsATogetherGetWhatEachGetsAlone) {
     const engine::NoiseTable& table = engine::NoiseTable::instance();
     // The four-lane loops, and the eight-lane ones where they run.
-    for (bool wide : testsupport::WideLoops::ways()) {
-        testsupport::WideLoops loops(wide);
-        SCOPED_TRACE(wide ? "eight lanes" : "four lanes");
+    for (int width : testsupport::WideLoops::ways()) {
+        testsupport::WideLoops loops(width);
+        SCOPED_TRACE(std::to_string(width) + " lanes");
         for (int count = 1; count <= 7; ++count) {
             struct alignas(16) Voice {
                 float b[16], noise[16], step[16], out[16], alone[16];

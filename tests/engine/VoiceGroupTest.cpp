@@ -2,6 +2,7 @@
 // one after the other, into the same buses.
 #include <gtest/gtest.h>
 
+#include <string>
 #include <vector>
 
 #include "engine/BranchDecoder.h"
@@ -61,9 +62,9 @@ NorvelleProgram noisyPatch() {
 
 TEST(VoiceGroup, FourAtOnceSoundAsEachAloneThroughStartsReleasesAndSilence) {
     // The four-lane loops, and the eight-lane ones where they run.
-    for (bool wide : testsupport::WideLoops::ways()) {
-        testsupport::WideLoops loops(wide);
-        SCOPED_TRACE(wide ? "eight lanes" : "four lanes");
+    for (int width : testsupport::WideLoops::ways()) {
+        testsupport::WideLoops loops(width);
+        SCOPED_TRACE(std::to_string(width) + " lanes");
         NorvelleProgram program = noisyPatch();
         Rig together(program), alone(program);
         int compared = 0;
@@ -100,9 +101,9 @@ TEST(VoiceGroup, FourAtOnceSoundAsEachAloneThroughStartsReleasesAndSilence) {
 
 TEST(VoiceGroup, AllVoicesAtOnceSoundAsEachAlone) {
     // The four-lane loops, and the eight-lane ones where they run.
-    for (bool wide : testsupport::WideLoops::ways()) {
-        testsupport::WideLoops loops(wide);
-        SCOPED_TRACE(wide ? "eight lanes" : "four lanes");
+    for (int width : testsupport::WideLoops::ways()) {
+        testsupport::WideLoops loops(width);
+        SCOPED_TRACE(std::to_string(width) + " lanes");
         NorvelleProgram program = noisyPatch();
         // Odd counts leave a filter lane spare; 23 voices take two groups.
         for (int count : {3, 7, 20, 23}) {

@@ -1,5 +1,6 @@
-// Chooses the four-lane or the eight-lane loops for the life of a test
-// scope. The eight-lane ones exist only on processors with wide registers.
+// Chooses the lane width of the engine's loops for the life of a test scope:
+// one value at a time, four or eight lanes. The eight-lane loops exist only
+// on processors with wide registers.
 #pragma once
 
 #include <vector>
@@ -10,15 +11,16 @@ namespace testsupport {
 
 class WideLoops {
 public:
-    explicit WideLoops(bool wide) { engine::wide::allow(wide); }
-    ~WideLoops() { engine::wide::allow(true); }
+    explicit WideLoops(int width) { engine::wide::forceLanes(width); }
+    ~WideLoops() { engine::wide::forceLanes(0); }
     WideLoops(const WideLoops&) = delete;
     WideLoops& operator=(const WideLoops&) = delete;
 
-    // The ways to test on this processor: four lanes, and eight where they run.
-    static std::vector<bool> ways() {
-        std::vector<bool> w{false};
-        if (engine::wide::runsHere()) w.push_back(true);
+    // The widths to test on this processor: four lanes first, then one, and
+    // eight where they run.
+    static std::vector<int> ways() {
+        std::vector<int> w{4, 1};
+        if (engine::wide::runsHere()) w.push_back(8);
         return w;
     }
 };

@@ -1,0 +1,136 @@
+// A small value type of W floats side by side (W = 1, 4 or 8), with the few
+// operations the sound's formulas use. A formula written once against it
+// runs one value at a time, four or eight: every operation acts on each lane
+// alone, in 32-bit float, so all widths give the same bits.
+//
+// Built on the compiler's vector types, which become the processor's vector
+// instructions where it has them (SSE, AVX inside the wide entry points,
+// NEON) and plain float arithmetic elsewhere. With TENDRANE_SCALAR_LANES the
+// lanes are a plain array worked through one by one: the same results by
+// construction, for processors without vectors and to check the others.
+#pragma once
+
+#include <cstdint>
+#include <cstring>
+
+// Every operation is inlined where it is used, so that inside a function
+// built for wider registers it takes them.
+#define TENDRANE_LANES_INLINE __attribute__((always_inline)) inline
+
+namespace engine {
+
+namespace lanes_detail {
+
+// How W lanes are kept: a vector of the compiler's where it has one for
+// them, else a plain array.
+template <int W>
+struct Storage {
+    static constexpr bool vector = false;
+    using Floats = float[W];
+};
+#if !defined(TENDRANE_SCALAR_LANES)
+template <>
+struct Storage<4> {
+    static constexpr bool vector = true;
+    typedef float Floats __attribute__((vector_size(16)));
+    typedef int32_t Bits __attribute__((vector_size(16)));
+};
+template <>
+struct Storage<8> {
+    static constexpr bool vector = true;
+    typedef float Floats __attribute__((vector_size(32)));
+    typedef int32_t Bits __attribute__((vector_size(32)));
+};
+#endif
+
+// The bits of one float and a mask.
+TENDRANE_LANES_INLINE float andBits(float x, uint32_t mask) {
+    uint32_t u;
+    std::memcpy(&u, &x, 4);
+    u &= mask;
+    std::memcpy(&x, &u, 4);
+    return x;
+}
+
+}  // namespace lanes_detail
+
+template <int W>
+struct Lanes {
+    static_assert(W == 1 || W == 4 || W == 8, "one, four or eight lanes");
+    static constexpr int width = W;
+    using Storage = lanes_detail::Storage<W>;
+    typename Storage::Floats v;
+
+    Lanes() = default;
+    // Every lane the same value.
+    TENDRANE_LANES_INLINE Lanes(float x) {  // a constant stands for all its lanes
+        for (int k = 0; k < W; ++k) v[k] = x;
+    }
+    // 0, 1, 2... : the lanes' own positions.
+    TENDRANE_LANES_INLINE static Lanes ramp() {
+        Lanes r;
+        for (int k = 0; k < W; ++k) r.v[k] = float(k);
+        return r;
+    }
+    TENDRANE_LANES_INLINE static Lanes load(const float* p) {
+        Lanes r;
+        std::memcpy(&r.v, p, sizeof r.v);
+        return r;
+    }
+    TENDRANE_LANES_INLINE void store(float* p) const { std::memcpy(p, &v, sizeof v); }
+    TENDRANE_LANES_INLINE float operator[](int k) const { return v[k]; }
+    TENDRANE_LANES_INLINE void set(int k, float x) { v[k] = x; }
+
+    TENDRANE_LANES_INLINE friend Lanes operator+(Lanes a, Lanes b) {
+        if constexpr (Storage::vector) return from(a.v + b.v);
+        else return each(a, b, [](float x, float y) { return x + y; });
+    }
+    TENDRANE_LANES_INLINE friend Lanes operator-(Lanes a, Lanes b) {
+        if constexpr (Storage::vector) return from(a.v - b.v);
+        else return each(a, b, [](float x, float y) { return x - y; });
+    }
+    TENDRANE_LANES_INLINE friend Lanes operator*(Lanes a, Lanes b) {
+        if constexpr (Storage::vector) return from(a.v * b.v);
+        else return each(a, b, [](float x, float y) { return x * y; });
+    }
+    TENDRANE_LANES_INLINE friend Lanes operator/(Lanes a, Lanes b) {
+        if constexpr (Storage::vector) return from(a.v / b.v);
+        else return each(a, b, [](float x, float y) { return x / y; });
+    }
+    // The smaller of each pair, and b where either is not a number.
+    TENDRANE_LANES_INLINE friend Lanes min(Lanes a, Lanes b) {
+        if constexpr (Storage::vector) return from(a.v < b.v ? a.v : b.v);
+        else return each(a, b, [](float x, float y) { return x < y ? x : y; });
+    }
+    // The greater of each pair, and b where either is not a number.
+    TENDRANE_LANES_INLINE friend Lanes max(Lanes a, Lanes b) {
+        if constexpr (Storage::vector) return from(a.v > b.v ? a.v : b.v);
+        else return each(a, b, [](float x, float y) { return x > y ? x : y; });
+    }
+    // The bits of each lane and a mask.
+    TENDRANE_LANES_INLINE friend Lanes andBits(Lanes a, uint32_t mask) {
+        if constexpr (Storage::vector) {
+            using Bits = typename Storage::Bits;
+            using Floats = typename Storage::Floats;
+            return from(reinterpret_cast<Floats>(reinterpret_cast<Bits>(a.v) & int32_t(mask)));
+        } else {
+            return each(a, a, [mask](float x, float) { return lanes_detail::andBits(x, mask); });
+        }
+    }
+
+private:
+    template <class V>
+    TENDRANE_LANES_INLINE static Lanes from(V x) {
+        Lanes r;
+        r.v = x;
+        return r;
+    }
+    template <class F>
+    TENDRANE_LANES_INLINE static Lanes each(Lanes a, Lanes b, F f) {
+        Lanes r;
+        for (int k = 0; k < W; ++k) r.v[k] = f(a.v[k], b.v[k]);
+        return r;
+    }
+};
+
+}  // namespace engine

@@ -1,0 +1,64 @@
+// The lane type: each operation acts on every lane alone, as the same float
+// operation would, at every width; min and max keep the second value where
+// either is not a number, as the loops always had it.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <limits>
+
+#include "engine/Lanes.h"
+
+using engine::Lanes;
+
+namespace {
+
+template <int W>
+void checkWidth() {
+    using L = Lanes<W>;
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    const float as[8] = {1.5f, -2.25f, 0.1f, 3e-39f, nan, -0.0f, 7.0f, 1e30f};
+    const float bs[8] = {0.3f, -2.25f, nan, 1e-3f, 2.0f, 0.0f, -7.5f, 1e30f};
+    const L a = L::load(as), b = L::load(bs);
+    float out[8];
+    (a * b).store(out);
+    for (int k = 0; k < W; ++k) {
+        const float prod = as[k] * bs[k];
+        EXPECT_EQ(std::memcmp(&out[k], &prod, 4), 0) << k;
+    }
+    for (int k = 0; k < W; ++k) {
+        const float x = as[k], y = bs[k];
+        const float sum = x + y, diff = x - y, prod = x * y, quot = x / y;
+        const float lo = x < y ? x : y, hi = x > y ? x : y;
+        auto same = [](float u, float v) { return std::memcmp(&u, &v, 4) == 0; };
+        EXPECT_TRUE(same((a + b)[k], sum)) << k;
+        EXPECT_TRUE(same((a - b)[k], diff)) << k;
+        EXPECT_TRUE(same((a * b)[k], prod)) << k;
+        EXPECT_TRUE(same((a / b)[k], quot)) << k;
+        EXPECT_TRUE(same(min(a, b)[k], lo)) << k;
+        EXPECT_TRUE(same(max(a, b)[k], hi)) << k;
+        uint32_t bits;
+        std::memcpy(&bits, &x, 4);
+        bits &= 0x7FFFFFFFu;
+        float absolute;
+        std::memcpy(&absolute, &bits, 4);
+        EXPECT_TRUE(same(andBits(a, 0x7FFFFFFFu)[k], absolute)) << k;
+        EXPECT_EQ(L::ramp()[k], float(k));
+        EXPECT_EQ(L(2.5f)[k], 2.5f);
+    }
+    // Where either is not a number, the second value comes out.
+    EXPECT_TRUE(std::isnan(min(L(1.0f), L(nan))[0]));
+    EXPECT_EQ(min(L(nan), L(1.0f))[0], 1.0f);
+    EXPECT_EQ(max(L(nan), L(1.0f))[0], 1.0f);
+    L c(0.0f);
+    c.set(W - 1, 9.0f);
+    EXPECT_EQ(c[W - 1], 9.0f);
+    EXPECT_EQ(c[0], W == 1 ? 9.0f : 0.0f);
+}
+
+}  // namespace
+
+TEST(Lanes, OneLane) { checkWidth<1>(); }
+TEST(Lanes, FourLanes) { checkWidth<4>(); }
+TEST(Lanes, EightLanes) { checkWidth<8>(); }
