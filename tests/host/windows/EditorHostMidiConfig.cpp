@@ -4,9 +4,10 @@
 // thread finds the system's dialog that opens, reads its controls in
 // order, chooses an input channel in its drop-down list, checks "Enable
 // MIDI program changes" and presses OK; the instance's configuration (read
-// from the host's chunk) changes at once and stays. The second time the
-// dialog shows what is stored; a change, Reset and Cancel leave the
-// configuration as it was when the dialog opened.
+// from the host's chunk) changes at once and stays. Make Default stores it
+// for new instances and says so in a message box owned by the dialog. The
+// second time the dialog shows what is stored; a change, Reset and Cancel
+// leave the configuration as it was when the dialog opened.
 //
 //   editor_midi_config PLUGIN
 //
@@ -42,7 +43,7 @@ constexpr int MENU_X = 25, MENU_Y = 49;  // the main menu's button
 // The controls' numbers in the dialog, as the dialog's template has them.
 constexpr int INPUT_CHANNEL = 1101, PITCH_WHEEL = 1103, VELOCITY_CURVE = 1104;
 constexpr int PROGRAM_CHANGES = 1201;
-constexpr int RESET = 1001;
+constexpr int RESET = 1001, MAKE_DEFAULT = 1004;
 
 std::atomic<int> failures{0};
 
@@ -174,6 +175,55 @@ void choose(HWND dialog, int id, int position) {
 
 void press(HWND dialog, int id) { send(GetDlgItem(dialog, id), BM_CLICK, 0, 0); }
 
+struct Found {
+    HWND except;
+    HWND box;
+};
+
+BOOL CALLBACK findBox(HWND hwnd, LPARAM found) {
+    auto* f = reinterpret_cast<Found*>(found);
+    wchar_t name[64] = {};
+    GetClassNameW(hwnd, name, 64);
+    if (hwnd == f->except || !IsWindowVisible(hwnd) || std::wstring(name) != L"#32770") return TRUE;
+    f->box = hwnd;
+    return FALSE;
+}
+
+// The texts of a message box's static controls, joined.
+std::wstring boxText(HWND box) {
+    std::wstring text;
+    for (HWND c = GetWindow(box, GW_CHILD); c != nullptr; c = GetWindow(c, GW_HWNDNEXT)) {
+        wchar_t name[64] = {};
+        GetClassNameW(c, name, 64);
+        if (std::wstring(name) == L"Static") text += textOf(c);
+    }
+    return text;
+}
+
+// Make Default: the button's press runs a message box inside the dialog's
+// loop, so it is posted; the box is found among the dialog thread's windows,
+// read and closed.
+void makeDefault(HWND dialog) {
+    PostMessageW(GetDlgItem(dialog, MAKE_DEFAULT), BM_CLICK, 0, 0);
+    Found found{dialog, nullptr};
+    const ULONGLONG end = GetTickCount64() + 10000;
+    while (found.box == nullptr && GetTickCount64() < end) {
+        Sleep(20);
+        EnumThreadWindows(GetWindowThreadProcessId(dialog, nullptr), &findBox, reinterpret_cast<LPARAM>(&found));
+    }
+    check(found.box != nullptr, "Make Default showed no message box");
+    if (found.box == nullptr) return;
+    const std::wstring text = boxText(found.box);
+    std::printf("Make Default: \"%s\" in a box titled \"%s\"\n", narrow(text).c_str(), narrow(textOf(found.box)).c_str());
+    check(text == L"The current MIDI configuration has been made default.", "Make Default's box says something else");
+    check(textOf(found.box) == L"Tendrane", "Make Default's box has another title");
+    check(GetWindow(found.box, GW_OWNER) == dialog, "Make Default's box is not owned by the dialog");
+    PostMessageW(found.box, WM_COMMAND, IDOK, 0);
+    const ULONGLONG gone = GetTickCount64() + 10000;
+    while (IsWindow(found.box) && GetTickCount64() < gone) Sleep(20);
+    check(!IsWindow(found.box), "Make Default's box did not close");
+}
+
 // Watches the process's top-level windows from a thread of its own: the
 // main menu gets the access key of "MIDI Config...", and the dialog that
 // opens is handed to the test's steps, once. Anything else is a failure.
@@ -283,6 +333,7 @@ void okKeeps(Instance& in, HWND editor, DialogDriver& driver) {
               meanwhile.inputMidiChannel);
         check(meanwhile.supportMidiProgramChange, "program changes are off while the dialog is open");
         check(IsDlgButtonChecked(dialog, PROGRAM_CHANGES) == BST_CHECKED, "the check box does not show its check");
+        makeDefault(dialog);
         press(dialog, IDOK);
     });
     const MidiConfigRecord after = storedConfig(in);
@@ -291,6 +342,11 @@ void okKeeps(Instance& in, HWND editor, DialogDriver& driver) {
     check(after.inputMidiChannel == 3, "OK left the input channel at %d, not 3", after.inputMidiChannel);
     check(after.supportMidiProgramChange, "OK did not keep program changes on");
     check(after.pitchWheelRange == 12 && after.velocityCurve == 1, "OK changed what nobody touched");
+    // What new instances start with now.
+    const std::string stored = Preferences::read("defaultMidiConfig").value_or("");
+    const MidiConfigRecord made = readMidiConfig(u"", stored);
+    check(made.inputMidiChannel == 3 && made.supportMidiProgramChange,
+          "the default stored by Make Default is not the configuration: \"%s\"", stored.c_str());
 }
 
 void cancelPutsBack(Instance& in, HWND editor, DialogDriver& driver) {

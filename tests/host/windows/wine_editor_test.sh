@@ -66,7 +66,7 @@ SH
 chmod +x "$run/under-x.sh"
 xvfb-run -a -s "-screen 0 1280x1024x24" "$run/under-x.sh" "$run" "$wine" "$wineserver"
 # wine prints its own notes with the programs' lines: ours are the ones shown.
-grep -hE '^(FAILED|passed|editor rectangle|volume|after undo|100 openings|written|copied|pasted|no editor|dialog|while open|after OK|after Cancel|stopping|threads)' "$run"/*.log || true
+grep -hE '^(FAILED|passed|editor rectangle|volume|after undo|100 openings|written|copied|pasted|no editor|dialog|while open|Make Default|after OK|after Cancel|stopping|threads)' "$run"/*.log || true
 clipboard_status=$(cat "$run/clipboard.status" 2>/dev/null || echo missing)
 failed=0
 [ "$clipboard_status" = 0 ] || { echo "FAILED: editor_clipboard.exe ended with status $clipboard_status (see $run/clipboard.log)"; failed=1; }
