@@ -27,6 +27,23 @@ template <int W>
 struct Storage {
     static constexpr bool vector = false;
     using Floats = float[W];
+    struct Bits {
+        int32_t b[W];
+        TENDRANE_LANES_INLINE int32_t& operator[](int k) { return b[k]; }
+        TENDRANE_LANES_INLINE int32_t operator[](int k) const { return b[k]; }
+        TENDRANE_LANES_INLINE friend Bits operator&(Bits x, Bits y) {
+            for (int k = 0; k < W; ++k) x.b[k] &= y.b[k];
+            return x;
+        }
+        TENDRANE_LANES_INLINE friend Bits operator|(Bits x, Bits y) {
+            for (int k = 0; k < W; ++k) x.b[k] |= y.b[k];
+            return x;
+        }
+        TENDRANE_LANES_INLINE friend Bits operator~(Bits x) {
+            for (int k = 0; k < W; ++k) x.b[k] = ~x.b[k];
+            return x;
+        }
+    };
 };
 #if !defined(TENDRANE_SCALAR_LANES)
 template <>
@@ -53,6 +70,24 @@ TENDRANE_LANES_INLINE float andBits(float x, uint32_t mask) {
 }
 
 }  // namespace lanes_detail
+
+// Per lane true or false, as comparisons give them.
+template <int W>
+struct LaneMask {
+    typename lanes_detail::Storage<W>::Bits bits;  // all ones where true
+
+    TENDRANE_LANES_INLINE friend LaneMask operator&(LaneMask a, LaneMask b) { return {a.bits & b.bits}; }
+    TENDRANE_LANES_INLINE friend LaneMask operator|(LaneMask a, LaneMask b) { return {a.bits | b.bits}; }
+    TENDRANE_LANES_INLINE friend LaneMask operator~(LaneMask a) { return {~a.bits}; }
+    // a and not b.
+    TENDRANE_LANES_INLINE friend LaneMask andNot(LaneMask a, LaneMask b) { return {a.bits & ~b.bits}; }
+    // Whether any lane is true.
+    TENDRANE_LANES_INLINE bool any() const {
+        for (int k = 0; k < W; ++k)
+            if (bits[k]) return true;
+        return false;
+    }
+};
 
 template <int W>
 struct Lanes {
@@ -115,6 +150,29 @@ struct Lanes {
             return from(reinterpret_cast<Floats>(reinterpret_cast<Bits>(a.v) & int32_t(mask)));
         } else {
             return each(a, a, [mask](float x, float) { return lanes_detail::andBits(x, mask); });
+        }
+    }
+
+    // a < b in each lane; false where either is not a number.
+    TENDRANE_LANES_INLINE friend LaneMask<W> operator<(Lanes a, Lanes b) {
+        LaneMask<W> m;
+        if constexpr (Storage::vector)
+            m.bits = a.v < b.v;
+        else
+            for (int k = 0; k < W; ++k) m.bits[k] = a.v[k] < b.v[k] ? -1 : 0;
+        return m;
+    }
+    // yes where the mask is true, else no.
+    TENDRANE_LANES_INLINE friend Lanes select(LaneMask<W> m, Lanes yes, Lanes no) {
+        if constexpr (Storage::vector) {
+            using Bits = typename Storage::Bits;
+            using Floats = typename Storage::Floats;
+            return from(reinterpret_cast<Floats>((m.bits & reinterpret_cast<Bits>(yes.v)) |
+                                                 (~m.bits & reinterpret_cast<Bits>(no.v))));
+        } else {
+            Lanes r;
+            for (int k = 0; k < W; ++k) r.v[k] = m.bits[k] ? yes.v[k] : no.v[k];
+            return r;
         }
     }
 

@@ -175,16 +175,17 @@ bool Voice::renderGroup(Voice* const* v, int count, const VoiceBlock& b) {
         for (int j = 0; j < n; j += 4) {
             const int k0 = lane(j, 0, &FrameWork::shapeB), k1 = lane(j, 1, &FrameWork::shapeB);
             const int k2 = lane(j, 2, &FrameWork::shapeB), k3 = lane(j, 3, &FrameWork::shapeB);
-            WaveShape::makeFour(_mm_setr_ps(v[k0]->bForm, v[k1]->bForm, v[k2]->bForm, v[k3]->bForm),
-                                _mm_setr_ps(work[k0].fB, work[k1].fB, work[k2].fB, work[k3].fB), shapes);
+            const float form[4] = {v[k0]->bForm, v[k1]->bForm, v[k2]->bForm, v[k3]->bForm};
+            const float freq[4] = {work[k0].fB, work[k1].fB, work[k2].fB, work[k3].fB};
+            WaveShape::makeFour(form, freq, shapes);
         }
         for (int j = 0; j < n; ++j) v[sharing[j]]->frameSourceB(work[sharing[j]]);
         for (int j = 0; j < n; j += 4) {
             const int k0 = lane(j, 0, &FrameWork::shapeA), k1 = lane(j, 1, &FrameWork::shapeA);
             const int k2 = lane(j, 2, &FrameWork::shapeA), k3 = lane(j, 3, &FrameWork::shapeA);
-            WaveShape::makeFour(_mm_setr_ps(v[k0]->aForm, v[k1]->aForm, v[k2]->aForm, v[k3]->aForm),
-                                _mm_setr_ps(v[k0]->meanStep, v[k1]->meanStep, v[k2]->meanStep, v[k3]->meanStep),
-                                shapes);
+            const float form[4] = {v[k0]->aForm, v[k1]->aForm, v[k2]->aForm, v[k3]->aForm};
+            const float freq[4] = {v[k0]->meanStep, v[k1]->meanStep, v[k2]->meanStep, v[k3]->meanStep};
+            WaveShape::makeFour(form, freq, shapes);
         }
         VoiceAJob oscillators[MAX_TOGETHER];
         for (int j = 0; j < n; ++j) v[sharing[j]]->oscillatorAJob(work[sharing[j]], oscillators[j]);

@@ -7,8 +7,6 @@
 // oversampling.
 #pragma once
 
-#include <emmintrin.h>
-
 #include "engine/Lanes.h"
 
 namespace engine {
@@ -24,7 +22,7 @@ struct WaveShape {
     // Once per frame per oscillator; freq in cycles per sample.
     static WaveShape make(float form, float freq);
     // Four at once: the shapes make gives for each lane's form and freq.
-    static void makeFour(__m128 form, __m128 freq, WaveShape* const* out4);
+    static void makeFour(const float* form4, const float* freq4, WaveShape* const* out4);
 
     // A phase in 0 to 1: only minimum, maximum, multiply and add.
     float shape(float phase) const;

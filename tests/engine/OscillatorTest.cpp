@@ -482,7 +482,7 @@ TEST(OscillatorTest, FourShapesAtOnceAreTheShapesOfEach) {
         }
         engine::WaveShape four[4];
         engine::WaveShape* const out[4] = {&four[0], &four[1], &four[2], &four[3]};
-        engine::WaveShape::makeFour(_mm_loadu_ps(form), _mm_loadu_ps(freq), out);
+        engine::WaveShape::makeFour(form, freq, out);
         for (int q = 0; q < 4; ++q) {
             const engine::WaveShape one = engine::WaveShape::make(form[q], freq[q]);
             ASSERT_EQ(four[q].fall, one.fall) << form[q] << " " << freq[q];
@@ -501,7 +501,7 @@ TEST(OscillatorTest, FourShapesAtOnceAreTheShapesOfEach) {
         const float form[4] = {f, f, f, 0.2f}, freq[4] = {0.001f, 0.01f, 0.1f, 0.001f};
         engine::WaveShape four[4];
         engine::WaveShape* const out[4] = {&four[0], &four[1], &four[2], &four[3]};
-        engine::WaveShape::makeFour(_mm_loadu_ps(form), _mm_loadu_ps(freq), out);
+        engine::WaveShape::makeFour(form, freq, out);
         // Equal, or both not a number.
         auto same = [](float x, float y) { return x == y || (std::isnan(x) && std::isnan(y)); };
         for (int q = 0; q < 4; ++q) {
