@@ -6,6 +6,7 @@
 
 #include "cli/Command.h"
 #include "cli/Options.h"
+#include "cli/PanelPreferences.h"
 #include "cli/PanelEvents.h"
 #include "cli/RecordJson.h"
 #include "cli/RecordOptions.h"
@@ -58,6 +59,10 @@ const char* const kPanelUsage =
     "                       label, bounds [left, top, width, height] in panel\n"
     "                       coordinates, visible, children\n"
     "  --print-patch        print the current patch text after the events\n"
+    "  --first-start        the panel as a new player first sees it, the tutorial\n"
+    "                       opening by itself; without it the panel is a returning\n"
+    "                       player's, who has finished the tutorial (either way the\n"
+    "                       run ignores where a tutorial was left before)\n"
     "  -o, --output FILE    the PNG to write after the events\n"
     "\n" TENDRANE_RECORD_OPTIONS_USAGE;
 
@@ -219,6 +224,7 @@ int runPanel(const std::vector<std::string>& args) {
     std::vector<OptionSpec> specs = {{"factory", 0, true, false},     {"layout", 0, true, false},
                                      {"layout-file", 0, true, false}, {"events", 0, true, false},
                                      {"tree", 0, false, false},       {"print-patch", 0, false, false},
+                                     {"first-start", 0, false, false},
                                      {"output", 'o', true, false}};
     for (const OptionSpec& s : recordOptionSpecs()) specs.push_back(s);
     Options options(specs);
@@ -247,6 +253,10 @@ int runPanel(const std::vector<std::string>& args) {
     std::vector<PanelEvent> events;
     if (options.has("events")) events = parsePanelEvents(readFile(options.value("events"), "events"));
 
+    // Before anything reads a preference: the tutorial's place is the run's.
+    static PanelPreferences preferences;
+    preferences.startRun(options.has("first-start"));
+    setProcessPreferenceBackend(&preferences);
     views::registerLivingViews();
     PanelSession session(program);
     Fomal::EditorCore& editor = session.editor();

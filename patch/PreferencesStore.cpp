@@ -1,5 +1,6 @@
 #include "patch/PreferencesStore.h"
 
+#include <atomic>
 #include <memory>
 #include <optional>
 
@@ -93,10 +94,21 @@ PreferenceMap decodePreferenceMap(std::string_view bytes) {
     return map;
 }
 
-PreferenceBackend& machinePreferenceBackend() {
+namespace {
+std::atomic<PreferenceBackend*> processBackend{nullptr};
+}  // namespace
+
+PreferenceBackend& machineOwnPreferenceBackend() {
     static MachineBackend backend;
     return backend;
 }
+
+PreferenceBackend& machinePreferenceBackend() {
+    PreferenceBackend* view = processBackend.load(std::memory_order_acquire);
+    return view != nullptr ? *view : machineOwnPreferenceBackend();
+}
+
+void setProcessPreferenceBackend(PreferenceBackend* view) { processBackend.store(view, std::memory_order_release); }
 
 PreferenceMap readPreferenceMap(PreferenceBackend& backend) {
     Locked lock(backend);

@@ -29,8 +29,17 @@ public:
     virtual void write(std::string_view bytes) = 0;
 };
 
-// The store of this machine (platform/PreferenceStorage).
+// The store this process reads and writes: the machine's own
+// (platform/PreferenceStorage), unless the process has put a view of it in
+// its place.
 PreferenceBackend& machinePreferenceBackend();
+// The machine's own store, whatever stands in its place.
+PreferenceBackend& machineOwnPreferenceBackend();
+// Puts `view` in the place of the machine's store for the whole process;
+// null puts the machine's own back. The headless panel does this before
+// anything reads a preference, so that a run does not depend on the runs
+// before it. `view` must outlive its use.
+void setProcessPreferenceBackend(PreferenceBackend* view);
 
 // One whole read under the lock.
 PreferenceMap readPreferenceMap(PreferenceBackend& backend = machinePreferenceBackend());

@@ -1,9 +1,10 @@
 #include "views/ProgramNatives.h"
 
 #include <cmath>
+#include <optional>
 #include <string>
 
-#include "patch/PreferencesStore.h"
+#include "patch/Preferences.h"
 #include "patch/ProgramText.h"
 #include "platform/Utf16.h"
 #include "quol/Classification.h"
@@ -123,16 +124,17 @@ void installProgramNatives(Frame& root) {
         return Value();
     });
     add(root, "isMarshaledProgram", [](Frame& a) { return Quol::booleanValue(isProgramText(argument(a, 0).view())); });
+    // The plain preferences, beside the folders last used and the default
+    // MIDI configuration.
     add(root, "readPrefs", [](Frame& a) {
-        const Value key = argument(a, 0);
-        const PreferenceMap prefs = asScriptFailure([] { return readPreferenceMap(); });
-        const auto it = prefs.find(key.view());
-        return it == prefs.end() ? Value() : Value(it->second);
+        const std::string key(argument(a, 0).view());
+        const std::optional<std::string> value = asScriptFailure([&] { return Preferences::read(key); });
+        return value ? Value(*value) : Value();
     });
     add(root, "writePrefs", [](Frame& a) {
         const std::string key(argument(a, 0).view());
         const std::string value(argument(a, 1).view());
-        asScriptFailure([&] { updatePreferenceMap([&](PreferenceMap& prefs) { prefs[key] = value; }); });
+        asScriptFailure([&] { Preferences::write(key, value); });
         return Quol::booleanValue(true);
     });
 }
