@@ -273,3 +273,167 @@ TEST(PanelLayoutsTest, TheKeysOfAChordPlayedOnTheKeyboardAreLitWhileItSounds) {
     panel({"--layout-file", layout.string(), "--events", none.string(), "-o", (s.dir / "untouched.png").string()});
     EXPECT_EQ(readBytes(s.dir / "after.png"), readBytes(s.dir / "untouched.png"));
 }
+
+namespace {
+
+// Runs the panel and keeps what it wrote to the error output: the alerts.
+struct PanelRun {
+    int status = 0;
+    std::string out, err;
+};
+
+PanelRun panelRun(const std::vector<std::string>& args) {
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    PanelRun run;
+    run.status = cli::runPanel(args);
+    run.err = testing::internal::GetCapturedStderr();
+    run.out = testing::internal::GetCapturedStdout();
+    return run;
+}
+
+// The tutorial's buttons and the time a page takes to type out in full.
+const char* const NEXT_PAGE = "click 315 499\n";
+const char* const TYPED_OUT = "wait 20000\n";
+
+std::string nextPages(int n) {
+    std::string events = "wait 1000\n";
+    for (int i = 0; i < n; ++i) events += std::string(NEXT_PAGE) + "wait 200\n";
+    return events;
+}
+
+}  // namespace
+
+TEST(PanelLayoutsTest, TheTutorialOpensByItselfOnlyAtAFirstStart) {
+    Scratch s;
+    const fs::path events = s.write("wait.events", "wait 2000\n");
+    const std::string first = panel({"--first-start", "--events", events.string(), "--tree"});
+    EXPECT_EQ(count(first, "\"label\": \"tutorial\""), 1u) << first;
+    EXPECT_EQ(count(first, "\"label\": \"tutorialBubble\""), 1u) << first;
+    const std::string returning = panel({"--events", events.string(), "--tree"});
+    EXPECT_EQ(count(returning, "\"label\": \"tutorial\""), 0u) << returning;
+    // Another modal open at the first start gives way to the tutorial, once.
+    const std::string about = panel({"--first-start", "--layout", "about", "--events", events.string(), "--tree"});
+    EXPECT_EQ(count(about, "\"label\": \"tutorial\""), 1u) << about;
+    EXPECT_EQ(count(about, "\"label\": \"about\""), 0u) << about;
+}
+
+TEST(PanelLayoutsTest, TheTutorialsFirstPageDrawsAsStoredTypedOut) {
+    Scratch s;
+    const fs::path half = s.write("half.events", "wait 6000\n");
+    panel({"--layout", "tutorial", "--events", half.string(), "-o", (s.dir / "half.png").string()});
+    expectAsStored(s.dir / "half.png", "tutorial-page0-typing.png");
+    const fs::path events = s.write("page0.events", TYPED_OUT);
+    panel({"--layout", "tutorial", "--events", events.string(), "-o", (s.dir / "page0.png").string()});
+    expectAsStored(s.dir / "page0.png", "tutorial-page0.png");
+}
+
+TEST(PanelLayoutsTest, TheBulbOfThePageAboutGrowingIsRingedWhenItsWordIsClicked) {
+    Scratch s;
+    // "bulb" stands in the first line of page 1.
+    const fs::path events = s.write("page1.events", nextPages(1) + TYPED_OUT + "click 185 432\nwait 1200\n");
+    const std::string tree =
+        panel({"--layout", "tutorial", "--events", events.string(), "-o", (s.dir / "page1.png").string(), "--tree"});
+    EXPECT_EQ(count(tree, "{\"type\": \"ring\", \"label\": \"ring\""), 1u) << tree;
+    expectAsStored(s.dir / "page1.png", "tutorial-page1.png");
+}
+
+TEST(PanelLayoutsTest, TheModWheelPageSetsTheWheelHalfWayAndMarksItsRing) {
+    Scratch s;
+    const fs::path events = s.write("page7.events", nextPages(7) + "wait 4000\n");
+    const PanelRun run = panelRun({"--layout", "tutorial", "--events", events.string(), "--print-patch", "-o",
+                                   (s.dir / "page7.png").string()});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.err, "");
+    EXPECT_NE(run.out.find("ModWheel: 50.00000000 %"), std::string::npos) << run.out;
+    expectAsStored(s.dir / "page7.png", "tutorial-page7.png");
+}
+
+TEST(PanelLayoutsTest, TheLastPageDrawsAsStoredAndTheNextButtonIsOff) {
+    Scratch s;
+    const fs::path events = s.write("page21.events", nextPages(22) + TYPED_OUT);
+    panel({"--layout", "tutorial", "--events", events.string(), "-o", (s.dir / "page21.png").string()});
+    expectAsStored(s.dir / "page21.png", "tutorial-page21.png");
+}
+
+TEST(PanelLayoutsTest, TheTutorialMovesOnTwoSecondsAfterABranchWasDragged) {
+    Scratch s;
+    // Page 2 rings the seed by itself once its words reach it; page 1 does not.
+    const std::string drag = nextPages(1) + "wait 500\ndrag 192 290 192 340 10\n";
+    const fs::path dragged = s.write("dragged.events", drag + "wait 2100\nwait 12000\n");
+    const std::string moved = panel({"--layout", "tutorial", "--events", dragged.string(), "--tree"});
+    EXPECT_EQ(count(moved, "{\"type\": \"ring\", \"label\": \"ring\""), 1u) << moved;
+    // Not before the two seconds are up.
+    const fs::path early = s.write("early.events", drag + "wait 1900\n" + TYPED_OUT);
+    const std::string waiting = panel({"--layout", "tutorial", "--events", early.string(), "--tree"});
+    EXPECT_EQ(count(waiting, "\"label\": \"ring\""), 0u) << waiting;
+    // Without the drag page 1 stays.
+    const fs::path still = s.write("still.events", nextPages(1) + "wait 14600\n");
+    const std::string stayed = panel({"--layout", "tutorial", "--events", still.string(), "--tree"});
+    EXPECT_EQ(count(stayed, "\"label\": \"ring\""), 0u) << stayed;
+}
+
+TEST(PanelLayoutsTest, ClosingTheUnfinishedTutorialAsksWhetherItShouldComeBack) {
+    Scratch s;
+    const fs::path events = s.write("close.events", "wait 1000\nclick 344 499\nwait 100\nchoose No\nwait 1000\n");
+    const PanelRun run = panelRun({"--first-start", "--events", events.string(), "--tree"});
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_EQ(run.err,
+              "alert: Tendrane: Would you like the tutorial to open again the next time you start Tendrane?\n");
+    EXPECT_EQ(count(run.out, "\"label\": \"tutorial\""), 0u) << run.out;
+}
+
+TEST(PanelLayoutsTest, TheGenesOpenAsStoredAndScroll) {
+    Scratch s;
+    const fs::path rest = s.write("rest.events", "wait 2000\n");
+    panel({"--layout", "dna", "--events", rest.string(), "-o", (s.dir / "rest.png").string()});
+    expectAsStored(s.dir / "rest.png", "dna-layout-rest.png");
+    const fs::path scrolled = s.write("scrolled.events", "wait 1500\ndrag 330 420 330 170 10\nwait 1000\n");
+    panel({"--layout", "dna", "--events", scrolled.string(), "-o", (s.dir / "scrolled.png").string()});
+    expectAsStored(s.dir / "scrolled.png", "dna-layout-scrolled.png");
+}
+
+TEST(PanelLayoutsTest, TheHelpOfTheGeneUnderTheMouseTypesItselfOut) {
+    Scratch s;
+    // Help on, then the mouse on env_time's name.
+    const std::string help = "wait 1500\nclick 32 482\nwait 500\nmove 80 126\n";
+    const fs::path half = s.write("half.events", help + "wait 1000\n");
+    panel({"--layout", "dna", "--events", half.string(), "-o", (s.dir / "half.png").string()});
+    expectAsStored(s.dir / "half.png", "dna-help-typing.png");
+    const fs::path full = s.write("full.events", help + "wait 5000\n");
+    panel({"--layout", "dna", "--events", full.string(), "-o", (s.dir / "full.png").string()});
+    expectAsStored(s.dir / "full.png", "dna-help-typed.png");
+    // A gene low in the molecule has its help at the top: flt_q, scrolled into view.
+    const fs::path low = s.write("low.events", "wait 1500\nclick 32 482\nwait 500\ndrag 330 420 330 170 10\nwait 1000\n"
+                                               "move 75 355\nwait 6000\n");
+    panel({"--layout", "dna", "--events", low.string(), "-o", (s.dir / "low.png").string()});
+    expectAsStored(s.dir / "low.png", "dna-help-top.png");
+}
+
+TEST(PanelLayoutsTest, AGeneDraggedOnTheMoleculeChangesThePatch) {
+    Scratch s;
+    // env_time's near ball, 60 pixels up: 0.5 + 60 x 0.005.
+    const fs::path events = s.write("drag.events", "wait 1500\nmove 80 126\nwait 300\ndrag 126 122 126 62 10\nwait 500\n");
+    const std::string patch = panel({"--layout", "dna", "--events", events.string(), "--print-patch", "-o",
+                                     (s.dir / "dragged.png").string()});
+    EXPECT_NE(patch.find("env_time: 0.80000001,"), std::string::npos) << patch;
+    EXPECT_NE(patch.find("env_loop: 0.50000000,"), std::string::npos) << patch;
+    expectAsStored(s.dir / "dragged.png", "dna-layout-dragged.png");
+}
+
+TEST(PanelLayoutsTest, TheKerningPageShowsEachFontInPairsAndStepsThroughThem) {
+    Scratch s;
+    const fs::path first = s.write("first.events", "wait 1500\n");
+    panel({"--layout", "kerning", "--events", first.string(), "-o", (s.dir / "first.png").string()});
+    expectAsStored(s.dir / "first.png", "kerning-futura14.png");
+    // Seven fonts: seven steps come back to the first.
+    std::string steps = "wait 1500\n";
+    for (int i = 0; i < 7; ++i) steps += "click 315 495\nwait 500\n";
+    const fs::path round = s.write("round.events", steps);
+    panel({"--layout", "kerning", "--events", round.string(), "-o", (s.dir / "round.png").string()});
+    const fs::path one = s.write("one.events", "wait 1500\nclick 315 495\nwait 500\n");
+    panel({"--layout", "kerning", "--events", one.string(), "-o", (s.dir / "one.png").string()});
+    EXPECT_NE(readBytes(s.dir / "one.png"), readBytes(s.dir / "first.png"));
+    const std::string tree = panel({"--layout", "kerning", "--events", round.string(), "--tree"});
+    EXPECT_NE(tree.find("\"label\": \"kerningBubble\""), std::string::npos) << tree;
+}

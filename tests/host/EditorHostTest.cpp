@@ -20,11 +20,13 @@
 #include <fstream>
 #include <iterator>
 #include <memory>
+#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "patch/FactoryPatches.h"
+#include "patch/Preferences.h"
 #include "patch/ProgramText.h"
 #include "pixels/Png.h"
 #include "tests/host/HostPatch.h"
@@ -40,14 +42,18 @@ constexpr int WIDTH = 384;
 constexpr int HEIGHT = 512;
 constexpr int VOLUME = 8;  // the parameter the bottom right slider drives
 
-// A preference folder of the test's own, empty at the start, so that the
-// slots are the factory patches and no tutorial or update check differs
-// from the headless panel's.
+// A preference folder of the test's own, empty at the start but for a
+// finished tutorial, so that the slots are the factory patches and no
+// tutorial or update check differs from the headless panel's (which is a
+// returning player's).
 const std::string configDir = std::string(TENDRANE_BINARY_DIR) + "/editor-host-config";
 const std::string dataDir = std::string(TENDRANE_BINARY_DIR) + "/editor-host-data";
 const bool privatePreferences = [] {
     std::system(("rm -rf '" + configDir + "' '" + dataDir + "' && mkdir -p '" + configDir + "'").c_str());
-    return setenv("XDG_CONFIG_HOME", configDir.c_str(), 1) == 0 && setenv("XDG_DATA_HOME", dataDir.c_str(), 1) == 0;
+    if (setenv("XDG_CONFIG_HOME", configDir.c_str(), 1) != 0 || setenv("XDG_DATA_HOME", dataDir.c_str(), 1) != 0)
+        return false;
+    Preferences::write("completedTutorial", "true");
+    return Preferences::read("completedTutorial") == std::optional<std::string>("true");
 }();
 
 Library& library() { return Library::get(TENDRANE_PLUGIN_BINARY); }

@@ -29,6 +29,7 @@
 #include <vector>
 
 #include "patch/FactoryPatches.h"
+#include "patch/Preferences.h"
 #include "patch/ProgramText.h"
 #include "tests/host/HostPatch.h"
 #include "tests/host/PluginHost.h"
@@ -594,6 +595,9 @@ int main(int argc, char** argv) {
         return 2;
     }
     setvbuf(stdout, nullptr, _IONBF, 0);
+    // A returning player's machine, as the headless panel it is compared
+    // with: the tutorial has been finished and does not open by itself.
+    Preferences::write("completedTutorial", "true");
     Library& library = Library::get(argv[1]);
     if (!library.pluginMain) {
         std::printf("FAILED: no entry point in %s: %s\n", argv[1], library.error.c_str());
