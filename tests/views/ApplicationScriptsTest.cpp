@@ -328,3 +328,32 @@ TEST_F(ApplicationScriptsTest, ModalsOpenOneAtATime) {
     EXPECT_EQ(app.run("{ ::currentModal }"), "");
     EXPECT_EQ(app.core.root()->findView("suspend"), nullptr);
 }
+
+TEST_F(ApplicationScriptsTest, TheTutorialKeepsItsPlaceAndKnowsWhenItWasFinished) {
+    views::registerLivingViews();
+    {
+        App app;
+        app.run("{ showModal('tutorial') }");
+        ASSERT_NE(app.core.root()->findView("tutorialBubble"), nullptr);
+        EXPECT_EQ(app.run("{ ::tutorial.page # ' ' # ::tutorial.running }"), "0 true");
+        app.run("{ tutorial.next(); tutorial.next(); tutorial.goto(5) }");
+        EXPECT_EQ(app.run("{ readPrefs('lastTutorialPage') }"), "5");
+        EXPECT_EQ(app.run("{ coalesce(readPrefs('completedTutorial'), 'no') }"), "no");
+        // Moving on by itself only from the page that asked.
+        app.run("{ tutorial.proceed(1, 2) }");
+        EXPECT_EQ(app.run("{ ::tutorial.page }"), "5");
+        app.run("{ tutorial.proceed(5, 6) }");
+        EXPECT_EQ(app.run("{ ::tutorial.page }"), "6");
+        EXPECT_EQ(app.run("{ tutorial.prev.enabled() # ' ' # tutorial.next.enabled() }"), "true true");
+    }
+    // A new start opens where the last one was left.
+    App again;
+    again.run("{ showModal('tutorial') }");
+    EXPECT_EQ(again.run("{ ::tutorial.page }"), "6");
+    // The last page finishes it; there is no page after it.
+    again.run("{ tutorial.goto(21) }");
+    EXPECT_EQ(again.run("{ readPrefs('completedTutorial') }"), "true");
+    EXPECT_EQ(again.run("{ tutorial.next.enabled() }"), "false");
+    again.run("{ tutorial.next() }");
+    EXPECT_EQ(again.run("{ ::tutorial.page }"), "21");
+}
