@@ -136,6 +136,7 @@ std::string DnaView::valueText() const {
 // Focus and triggers.
 
 void DnaView::focus(int gene) {
+    focusScroll_ = scroll_;
     if (gene == focused_) return;
     focused_ = gene;
     invalidate();
@@ -265,8 +266,9 @@ void DnaView::idle(std::int64_t now) {
         scrollBy(arrowHeld_ * pace);
     } else if (hovering_ && dragged_ < 0 && !scrolling_) {
         if (const int arrow = arrowAt(mouseX_, mouseY_)) scrollBy(arrow * pace);
-        // The molecule moves under a resting mouse.
-        focus(geneAt(mouseX_, mouseY_));
+        // A scroll moves the genes under a resting mouse; the turning alone
+        // does not take the focus from the gene the player is reading about.
+        if (scroll_ != focusScroll_) focus(geneAt(mouseX_, mouseY_));
     }
     // A scroll has redrawn the whole view; turning moves the molecule alone.
     invalidateMolecule();

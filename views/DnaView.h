@@ -124,6 +124,7 @@ private:
     // The mouse over the view: where, and whether at all.
     bool hovering_ = false;
     double mouseX_ = 0.0, mouseY_ = 0.0;
+    double focusScroll_ = 0.0;  // the scroll when the focus was last found
     // A press: on a gene (dragged_), on an arrow (arrowHeld_) or on the
     // background (scroll drag).
     int dragged_ = -1;

@@ -323,6 +323,21 @@ TEST(DnaViewTest, ABallTakesTheFocusOfItsGene) {
     EXPECT_EQ(d.log(), "focusedGene6;");
 }
 
+TEST(DnaViewTest, TheTurningAloneKeepsTheFocusOfAMouseRestingOnABall) {
+    Dna d;
+    d.settle();
+    const views::DnaEnd b = d.ball(6, 1);
+    d.core.mouseMove({d.x(b), d.y(b), 0});
+    ASSERT_EQ(d.view().focusedGene(), 6);
+    // Four seconds of turning carry the ball away from under the mouse.
+    d.wait(4000);
+    EXPECT_EQ(d.view().focusedGene(), 6);
+    EXPECT_EQ(d.log(), "focusedGene6;");
+    // A move of the mouse finds the gene under it again.
+    d.core.mouseMove({d.x(b), d.y(b) + 1, 0});
+    EXPECT_EQ(d.view().focusedGene(), d.view().geneAt(d.x(b), d.y(b) + 1));
+}
+
 // ---------------------------------------------------------------------------
 // Editing.
 
