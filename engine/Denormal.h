@@ -4,17 +4,30 @@
 // flush-to-zero. Where it stands is part of the sound: do not move it.
 #pragma once
 
+#include "engine/Lanes.h"
+
+#if defined(__SSE2__) || defined(_M_X64)
 #include <emmintrin.h>
+#endif
 
 namespace engine {
 
-inline float dropTinyBits(float x) {
-    return (x + 0.0001f) - 0.0001f;
+template <int W>
+TENDRANE_LANES_INLINE Lanes<W> dropTinyBits(Lanes<W> x) {
+    const Lanes<W> offset(0.0001f);
+    return (x + offset) - offset;
 }
 
+inline float dropTinyBits(float x) { return dropTinyBits(Lanes<1>(x))[0]; }
+
+#if defined(__SSE2__) || defined(_M_X64)
+// The same on a register of the loops still written for the processor.
 inline __m128 dropTinyBits(__m128 x) {
-    const __m128 offset = _mm_set1_ps(0.0001f);
-    return _mm_sub_ps(_mm_add_ps(x, offset), offset);
+    alignas(16) float v[4];
+    _mm_store_ps(v, x);
+    dropTinyBits(Lanes<4>::load(v)).store(v);
+    return _mm_load_ps(v);
 }
+#endif
 
 }  // namespace engine

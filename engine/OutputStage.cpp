@@ -1,10 +1,9 @@
 #include "engine/OutputStage.h"
 
-#include <emmintrin.h>
-
 #include <cmath>
 
 #include "engine/Denormal.h"
+#include "engine/Lanes.h"
 
 namespace engine {
 
@@ -32,20 +31,18 @@ void levelAndBlockDc(float* left, float* right, float lastGain, float step, floa
 
 // Soft clip in place; returns the sum of squared errors the clipper added.
 float clip(float* y, float postLevel) {
-    const __m128 one = _mm_set1_ps(1.0f);
-    const __m128 post = _mm_set1_ps(postLevel);
-    __m128 error = _mm_setzero_ps();
+    using L = Lanes<4>;
+    const L one(1.0f), post(postLevel);
+    L error(0.0f);
     for (int i = 0; i < kBlock; i += 4) {
-        const __m128 v = _mm_loadu_ps(y + i);
-        const __m128 c = _mm_min_ps(_mm_max_ps(v, _mm_set1_ps(-1.0f)), one);
-        const __m128 z = _mm_mul_ps(_mm_sub_ps(_mm_set1_ps(1.54f), _mm_mul_ps(_mm_set1_ps(0.54f), _mm_mul_ps(c, c))), c);
-        const __m128 e = _mm_sub_ps(z, v);
-        error = _mm_add_ps(error, _mm_mul_ps(e, e));
-        _mm_storeu_ps(y + i, _mm_mul_ps(z, post));
+        const L v = L::load(y + i);
+        const L c = min(max(v, L(-1.0f)), one);
+        const L z = (L(1.54f) - L(0.54f) * (c * c)) * c;
+        const L e = z - v;
+        error = error + e * e;
+        (z * post).store(y + i);
     }
-    alignas(16) float lanes[4];
-    _mm_store_ps(lanes, error);
-    return (lanes[0] + lanes[1]) + (lanes[2] + lanes[3]);
+    return (error[0] + error[1]) + (error[2] + error[3]);
 }
 
 }  // namespace

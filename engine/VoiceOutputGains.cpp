@@ -1,11 +1,10 @@
 #include "engine/VoiceOutputGains.h"
 
-#include <emmintrin.h>
-
 #include <cmath>
 
 #include "engine/Denormal.h"
 #include "engine/FrameSize.h"
+#include "engine/Lanes.h"
 
 namespace engine {
 
@@ -32,13 +31,12 @@ namespace {
 struct Ramp {
     Ramp(float target, float gainStep, float gain) {
         s = (target - gain) * gainStep;
-        const __m128 quarter = _mm_set1_ps(s / 4.0f);
-        now = _mm_add_ps(_mm_set1_ps(gain), _mm_mul_ps(_mm_setr_ps(0.0f, 1.0f, 2.0f, 3.0f), quarter));
-        advance = _mm_set1_ps(s);
+        now = Lanes<4>(gain) + Lanes<4>::ramp() * Lanes<4>(s / 4.0f);
+        advance = Lanes<4>(s);
     }
     float end(float gain) const { return dropTinyBits(gain + 4.0f * s); }
     float s;
-    __m128 now, advance;
+    Lanes<4> now, advance;
 };
 
 }  // namespace
@@ -48,14 +46,15 @@ void addFrameToBuses(const float* x, const VoiceOutputGains& gains, float amp, f
     // The three buses in one pass over the frame.
     Ramp l(gains.left * amp, gainStep, gainLeft), r(gains.right * amp, gainStep, gainRight),
         s(gains.send * amp, gainStep, gainSend);
+    using L = Lanes<4>;
     for (int i = 0; i < kFrameSamples; i += 4) {
-        const __m128 v = _mm_loadu_ps(x + i);
-        _mm_storeu_ps(left + i, _mm_add_ps(_mm_loadu_ps(left + i), _mm_mul_ps(v, l.now)));
-        _mm_storeu_ps(right + i, _mm_add_ps(_mm_loadu_ps(right + i), _mm_mul_ps(v, r.now)));
-        _mm_storeu_ps(send + i, _mm_add_ps(_mm_loadu_ps(send + i), _mm_mul_ps(v, s.now)));
-        l.now = _mm_add_ps(l.now, l.advance);
-        r.now = _mm_add_ps(r.now, r.advance);
-        s.now = _mm_add_ps(s.now, s.advance);
+        const L v = L::load(x + i);
+        (L::load(left + i) + v * l.now).store(left + i);
+        (L::load(right + i) + v * r.now).store(right + i);
+        (L::load(send + i) + v * s.now).store(send + i);
+        l.now = l.now + l.advance;
+        r.now = r.now + r.advance;
+        s.now = s.now + s.advance;
     }
     gainLeft = l.end(gainLeft);
     gainRight = r.end(gainRight);
