@@ -190,7 +190,9 @@ void SoundEngine::render(const NorvelleProgram& program, const MidiConfigRecord&
     block.silent = &silentFlag;
     block.sendSilent = &sendSilent_;
     block.decoders = decoders_;
-    block.manager = this;
+    int16_t pitchBends[16];
+    for (int c = 0; c < 16; ++c) pitchBends[c] = channel(c).pitchBend;
+    block.pitchBends = pitchBends;
     // All voices at once: their noise colourings and filters share the lanes
     // of a few registers.
     // Idle voices would only be told again that they are idle.

@@ -19,7 +19,6 @@
 #include "engine/SmoothedValue.h"
 #include "engine/StateVariableFilter.h"
 #include "engine/SubOscillator.h"
-#include "engine/VoiceManager.h"
 #include "engine/WaveShape.h"
 #include "patch/MidiConfigRecord.h"
 #include "patch/NorvelleProgram.h"
@@ -259,7 +258,7 @@ void Voice::controlValues(const VoiceBlock& b) {
     const float lfo = engine::lfoValue(lfoPhase);
     tremoloGain_ = engine::tremoloGain(lfo, p.tremolo);
     const float wheelRange = b.midiConfig ? float(b.midiConfig->pitchWheelRange) : 0.0f;
-    const int bend = b.manager ? b.manager->channel(keyChannel & 15).pitchBend : 0;
+    const int bend = b.pitchBends ? b.pitchBends[keyChannel & 15] : 0;
     const float recordPitch = b.program ? b.program->pitch : 0.0f;
     pitch_ = engine::voicePitch(recordPitch, b.tuningOct, wheelRange, bend, p.vibrato, lfo, keyPitch);
     keyFollow_ = engine::keyFollowFactor(pitch_, p.keyFollow);

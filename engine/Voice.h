@@ -18,7 +18,6 @@
 
 class NorvelleProgram;
 struct MidiConfigRecord;
-class VoiceManager;
 
 // What the engine hands every voice for one 64-sample block.
 struct VoiceBlock {
@@ -40,8 +39,9 @@ struct VoiceBlock {
     // The twelve decoders, by branch. Without them (a voice tested for its
     // timing alone) a voice keeps its timing and gains but makes no sound.
     engine::BranchDecoder* decoders = nullptr;
-    // The channels' state: pitch bend.
-    const VoiceManager* manager = nullptr;
+    // The pitch bend of each of the 16 MIDI channels (-8192 to 8191) for the
+    // block; none: no bend.
+    const int16_t* pitchBends = nullptr;
 };
 
 class Voice {

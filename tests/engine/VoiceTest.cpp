@@ -5,6 +5,7 @@
 #include <cmath>
 #include <vector>
 
+#include "engine/BranchDecoder.h"
 #include "engine/EngineRates.h"
 #include "engine/Voice.h"
 #include "patch/MidiConfigRecord.h"
@@ -193,4 +194,44 @@ TEST(Voice, VelocityCurvesByName) {
     }
     EXPECT_EQ(MidiConfigRecord::Soft, 0);
     EXPECT_EQ(MidiConfigRecord::Hard, 2);
+}
+
+// The block hands the voice its channels' pitch bends: the bend of the
+// note's own channel moves its oscillators, another channel's doesn't.
+TEST(Voice, PitchBendOfItsOwnChannelComesWithTheBlock) {
+    auto frequencyWith = [](const int16_t* bends) {
+        EngineRates rates = EngineRates::forSampleRate(44100.0f);
+        NorvelleProgram program;
+        MidiConfigRecord config;
+        engine::BranchDecoder decoders[12];
+        for (int k = 0; k < 12; ++k) decoders[k].setBranch(k);
+        alignas(16) float left[64] = {}, right[64] = {}, send[64] = {};
+        bool silent = true, sendSilent = true;
+        VoiceBlock block;
+        block.program = &program;
+        block.midiConfig = &config;
+        block.releaseCoef = 0.9f;
+        block.left = left;
+        block.right = right;
+        block.send = send;
+        block.silent = &silent;
+        block.sendSilent = &sendSilent;
+        block.decoders = decoders;
+        block.pitchBends = bends;
+        Voice voice(&rates);
+        voice.clear(1);
+        voice.start(0, 3, 60, 100);
+        for (int b = 0; b < 3; ++b) voice.render(block);
+        return voice.lastFreq;
+    };
+    int16_t none[16] = {};
+    int16_t own[16] = {};
+    own[3] = 4096;
+    int16_t other[16] = {};
+    other[5] = 4096;
+    const float plain = frequencyWith(nullptr);
+    EXPECT_GT(plain, 0.0f);
+    EXPECT_EQ(frequencyWith(none), plain);
+    EXPECT_EQ(frequencyWith(other), plain);
+    EXPECT_GT(frequencyWith(own), plain * 1.01f);
 }
