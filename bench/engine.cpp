@@ -13,6 +13,7 @@
 #include "engine/OutputStage.h"
 #include "engine/SoundEngine.h"
 #include "engine/Voice.h"
+#include "engine/WideProcessor.h"
 #include "patch/FactoryPatches.h"
 #include "patch/GeneTable.h"
 #include "patch/MidiConfigRecord.h"
@@ -122,6 +123,27 @@ void BM_Voices(benchmark::State& state) {
 BENCHMARK(BM_Voices)
     ->ArgNames({"voices", "reverb", "rate"})
     ->ArgsProduct({{1, 12, 20}, {0, 1}, {44100, 96000}});
+
+// Twelve voices with the reverb at 44.1 kHz, the loops at a chosen lane
+// width: one value at a time, four or eight lanes (where they run).
+void BM_VoicesAtWidth(benchmark::State& state) {
+    engine::wide::forceLanes(int(state.range(0)));
+    if (state.range(0) == 8 && engine::wide::laneWidth() != 8) {
+        engine::wide::forceLanes(0);
+        state.SkipWithError("no eight-lane loops on this processor");
+        return;
+    }
+    {
+        VoiceRig rig(12, 44100.0f, true);
+        for (auto _ : state) {
+            rig.run();
+            benchmark::DoNotOptimize(rig.left[0]);
+        }
+    }
+    engine::wide::forceLanes(0);
+    setCounters(state, 12, 44100.0f);
+}
+BENCHMARK(BM_VoicesAtWidth)->ArgName("lanes")->Arg(1)->Arg(4)->Arg(8);
 
 // Twelve notes held through the engine with a given record.
 void engineHeld(benchmark::State& state, const NorvelleProgram& p, float rate, int firstNote, int noteStep) {

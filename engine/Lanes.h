@@ -153,6 +153,64 @@ struct Lanes {
         }
     }
 
+    // Four values from each of W / 4 places, one after the other.
+    TENDRANE_LANES_INLINE static Lanes loadFours(const float* const* p) requires(W >= 4) {
+        if constexpr (W == 8 && Storage::vector) {
+            typedef float Four __attribute__((vector_size(16)));
+            Four a, b;
+            std::memcpy(&a, p[0], 16);
+            std::memcpy(&b, p[1], 16);
+            return from(__builtin_shufflevector(a, b, 0, 1, 2, 3, 4, 5, 6, 7));
+        } else {
+            Lanes r;
+            for (int h = 0; h < W / 4; ++h) std::memcpy(reinterpret_cast<float*>(&r.v) + 4 * h, p[h], 16);
+            return r;
+        }
+    }
+    // Lanes 4h to 4h + 3 to p[h].
+    TENDRANE_LANES_INLINE void storeFours(float* const* p) const requires(W >= 4) {
+        if constexpr (W == 8 && Storage::vector) {
+            const auto a = __builtin_shufflevector(v, v, 0, 1, 2, 3);
+            const auto b = __builtin_shufflevector(v, v, 4, 5, 6, 7);
+            std::memcpy(p[0], &a, 16);
+            std::memcpy(p[1], &b, 16);
+        } else {
+            for (int h = 0; h < W / 4; ++h) std::memcpy(p[h], reinterpret_cast<const float*>(&v) + 4 * h, 16);
+        }
+    }
+
+    // Four registers as a 4 x 4 matrix in each group of four lanes, turned
+    // over: lane k of register n goes to lane n of register k, within each
+    // group of four.
+    TENDRANE_LANES_INLINE friend void transposeFours(Lanes& r0, Lanes& r1, Lanes& r2, Lanes& r3) requires(W >= 4) {
+        if constexpr (Storage::vector) {
+            using Bits = typename Storage::Bits;
+            Bits lo, hi, pairsLo, pairsHi;
+            for (int g = 0; g < W; g += 4) {
+                // unpack low and high, then pairs of the two
+                lo[g] = g, lo[g + 1] = g + W, lo[g + 2] = g + 1, lo[g + 3] = g + 1 + W;
+                hi[g] = g + 2, hi[g + 1] = g + 2 + W, hi[g + 2] = g + 3, hi[g + 3] = g + 3 + W;
+                pairsLo[g] = g, pairsLo[g + 1] = g + 1, pairsLo[g + 2] = g + W, pairsLo[g + 3] = g + 1 + W;
+                pairsHi[g] = g + 2, pairsHi[g + 1] = g + 3, pairsHi[g + 2] = g + 2 + W, pairsHi[g + 3] = g + 3 + W;
+            }
+            const auto t0 = __builtin_shuffle(r0.v, r1.v, lo), t1 = __builtin_shuffle(r2.v, r3.v, lo);
+            const auto t2 = __builtin_shuffle(r0.v, r1.v, hi), t3 = __builtin_shuffle(r2.v, r3.v, hi);
+            r0.v = __builtin_shuffle(t0, t1, pairsLo);
+            r1.v = __builtin_shuffle(t0, t1, pairsHi);
+            r2.v = __builtin_shuffle(t2, t3, pairsLo);
+            r3.v = __builtin_shuffle(t2, t3, pairsHi);
+        } else {
+            Lanes* r[4] = {&r0, &r1, &r2, &r3};
+            for (int g = 0; g < W; g += 4)
+                for (int a = 0; a < 4; ++a)
+                    for (int b = a + 1; b < 4; ++b) {
+                        const float x = r[a]->v[g + b];
+                        r[a]->v[g + b] = r[b]->v[g + a];
+                        r[b]->v[g + a] = x;
+                    }
+        }
+    }
+
     // a < b in each lane; false where either is not a number.
     TENDRANE_LANES_INLINE friend LaneMask<W> operator<(Lanes a, Lanes b) {
         LaneMask<W> m;

@@ -62,3 +62,36 @@ void checkWidth() {
 TEST(Lanes, OneLane) { checkWidth<1>(); }
 TEST(Lanes, FourLanes) { checkWidth<4>(); }
 TEST(Lanes, EightLanes) { checkWidth<8>(); }
+
+// Four registers turned over within each group of four lanes, and back; runs
+// of four loaded from and stored to places of their own.
+template <int W>
+void checkFours() {
+    using L = Lanes<W>;
+    float rows[4][W];
+    for (int n = 0; n < 4; ++n)
+        for (int k = 0; k < W; ++k) rows[n][k] = float(100 * n + k);
+    L r[4];
+    for (int n = 0; n < 4; ++n) {
+        const float* parts[W / 4];
+        for (int h = 0; h < W / 4; ++h) parts[h] = rows[n] + 4 * h;
+        r[n] = L::loadFours(parts);
+        for (int k = 0; k < W; ++k) ASSERT_EQ(r[n][k], rows[n][k]);
+    }
+    transposeFours(r[0], r[1], r[2], r[3]);
+    for (int n = 0; n < 4; ++n)
+        for (int k = 0; k < W; ++k) EXPECT_EQ(r[n][k], rows[k % 4][4 * (k / 4) + n]) << n << " " << k;
+    transposeFours(r[0], r[1], r[2], r[3]);
+    for (int n = 0; n < 4; ++n) {
+        float back[W];
+        float* parts[W / 4];
+        for (int h = 0; h < W / 4; ++h) parts[h] = back + 4 * h;
+        r[n].storeFours(parts);
+        for (int k = 0; k < W; ++k) EXPECT_EQ(back[k], rows[n][k]);
+    }
+}
+
+TEST(Lanes, FoursTurnOverAndBack) {
+    checkFours<4>();
+    checkFours<8>();
+}
