@@ -211,6 +211,20 @@ struct Lanes {
         }
     }
 
+    // Lanes picked from a (0 to W - 1) and b (W to 2W - 1), by position.
+    template <int... I>
+    TENDRANE_LANES_INLINE friend Lanes pick(Lanes a, Lanes b) {
+        static_assert(sizeof...(I) == W, "one pick a lane");
+        if constexpr (Storage::vector) {
+            return from(__builtin_shufflevector(a.v, b.v, I...));
+        } else {
+            const int at[W] = {I...};
+            Lanes r;
+            for (int k = 0; k < W; ++k) r.v[k] = at[k] < W ? a.v[at[k]] : b.v[at[k] - W];
+            return r;
+        }
+    }
+
     // a < b in each lane; false where either is not a number.
     TENDRANE_LANES_INLINE friend LaneMask<W> operator<(Lanes a, Lanes b) {
         LaneMask<W> m;

@@ -1,11 +1,10 @@
 #include "engine/StateVariableFilter.h"
 
-#include <emmintrin.h>
-
 #include <algorithm>
 
 #include "engine/Denormal.h"
 #include "engine/FrameSize.h"
+#include "engine/Lanes.h"
 #include "engine/LaneChunks.h"
 #include "engine/WideFilters.h"
 
@@ -37,93 +36,87 @@ void filterFrequencies(float fc, float separation, float& f1, float& f2) {
 
 namespace {
 
+using L4 = Lanes<4>;
+
 // One sample of both filters; returns the new low states.
-inline __m128 filterStep(__m128 x, __m128& low, __m128& band, __m128 c, __m128 d) {
-    low = _mm_add_ps(low, _mm_mul_ps(c, band));
-    const __m128 high = _mm_sub_ps(_mm_sub_ps(x, low), _mm_mul_ps(d, band));
-    __m128 t = _mm_mul_ps(_mm_add_ps(_mm_mul_ps(c, high), band), _mm_set1_ps(0.04058442f));
-    t = _mm_min_ps(_mm_max_ps(t, _mm_set1_ps(-1.0f)), _mm_set1_ps(1.0f));
-    band = _mm_mul_ps(_mm_mul_ps(_mm_set1_ps(24.64f), t),
-                      _mm_sub_ps(_mm_set1_ps(1.0f), _mm_mul_ps(_mm_set1_ps(0.3506494f), _mm_mul_ps(t, t))));
+TENDRANE_LANES_INLINE L4 filterStep(L4 x, L4& low, L4& band, L4 c, L4 d) {
+    low = low + c * band;
+    const L4 high = x - low - d * band;
+    L4 t = (c * high + band) * L4(0.04058442f);
+    t = min(max(t, L4(-1.0f)), L4(1.0f));
+    band = L4(24.64f) * t * (L4(1.0f) - L4(0.3506494f) * (t * t));
     return low;
 }
 
-inline float sumOfLows(__m128 low) {
-    return _mm_cvtss_f32(low) + _mm_cvtss_f32(_mm_shuffle_ps(low, low, _MM_SHUFFLE(1, 1, 1, 1)));
-}
+TENDRANE_LANES_INLINE float sumOfLows(L4 low) { return low[0] + low[1]; }
 
 }  // namespace
 
 void renderFilterPair(float* low2, float* band2, const FilterCoefficients& first, const FilterCoefficients& second,
                       const float* in, float* out) {
-    const __m128 c = _mm_setr_ps(first.c, second.c, 0.0f, 0.0f);
-    const __m128 d = _mm_setr_ps(first.d, second.d, 0.0f, 0.0f);
-    __m128 low = _mm_setr_ps(low2[0], low2[1], 0.0f, 0.0f);
-    __m128 band = _mm_setr_ps(band2[0], band2[1], 0.0f, 0.0f);
+    const float cs[4] = {first.c, second.c, 0.0f, 0.0f}, ds[4] = {first.d, second.d, 0.0f, 0.0f};
+    const float lows[4] = {low2[0], low2[1], 0.0f, 0.0f}, bands[4] = {band2[0], band2[1], 0.0f, 0.0f};
+    const L4 c = L4::load(cs), d = L4::load(ds);
+    L4 low = L4::load(lows), band = L4::load(bands);
     for (int i = 0; i < kFrameSamples; i += 4) {
-        out[i] = sumOfLows(filterStep(_mm_set1_ps(in[i]), low, band, c, d));
-        out[i + 1] = sumOfLows(filterStep(_mm_set1_ps(in[i + 1]), low, band, c, d));
+        out[i] = sumOfLows(filterStep(L4(in[i]), low, band, c, d));
+        out[i + 1] = sumOfLows(filterStep(L4(in[i + 1]), low, band, c, d));
         band = dropTinyBits(band);
-        out[i + 2] = sumOfLows(filterStep(_mm_set1_ps(in[i + 2]), low, band, c, d));
-        out[i + 3] = sumOfLows(filterStep(_mm_set1_ps(in[i + 3]), low, band, c, d));
+        out[i + 2] = sumOfLows(filterStep(L4(in[i + 2]), low, band, c, d));
+        out[i + 3] = sumOfLows(filterStep(L4(in[i + 3]), low, band, c, d));
         band = dropTinyBits(band);
         low = dropTinyBits(low);
     }
-    alignas(16) float lanes[4];
-    _mm_store_ps(lanes, low);
-    low2[0] = lanes[0];
-    low2[1] = lanes[1];
-    _mm_store_ps(lanes, band);
-    band2[0] = lanes[0];
-    band2[1] = lanes[1];
+    low2[0] = low[0];
+    low2[1] = low[1];
+    band2[0] = band[0];
+    band2[1] = band[1];
 }
 
 namespace {
 
 // filterCoefficients for four filters at once, step for step.
-inline void filterCoefficients4(__m128 f, __m128 logDamp, __m128& c, __m128& d) {
-    const __m128 f2 = _mm_mul_ps(f, f);
-    const __m128 f4 = _mm_mul_ps(f2, f2);
-    const __m128 D = _mm_mul_ps(_mm_sub_ps(_mm_set1_ps(1.0f), _mm_mul_ps(_mm_set1_ps(4.0f), f2)), logDamp);
-    __m128 e = _mm_add_ps(_mm_set1_ps(1.0f),
-                          _mm_mul_ps(_mm_mul_ps(_mm_set1_ps(0.0625f), D),
-                                     _mm_add_ps(_mm_set1_ps(1.0f), _mm_mul_ps(_mm_set1_ps(0.03125f), D))));
-    e = _mm_mul_ps(e, e);
-    e = _mm_mul_ps(e, e);
-    e = _mm_mul_ps(e, e);
-    e = _mm_mul_ps(e, e);
+TENDRANE_LANES_INLINE void filterCoefficients4(L4 f, L4 logDamp, L4& c, L4& d) {
+    const L4 f2 = f * f;
+    const L4 f4 = f2 * f2;
+    const L4 D = (L4(1.0f) - L4(4.0f) * f2) * logDamp;
+    L4 e = L4(1.0f) + L4(0.0625f) * D * (L4(1.0f) + L4(0.03125f) * D);
+    e = e * e;
+    e = e * e;
+    e = e * e;
+    e = e * e;
     d = e;
-    const __m128 tune = _mm_add_ps(_mm_sub_ps(_mm_set1_ps(6.281745f), _mm_mul_ps(_mm_set1_ps(10.28326f), f2)),
-                                   _mm_mul_ps(_mm_set1_ps(4.635304f), f4));
-    const __m128 pull = _mm_add_ps(_mm_sub_ps(_mm_set1_ps(9.813636f), _mm_mul_ps(_mm_set1_ps(30.95644f), f2)),
-                                   _mm_mul_ps(_mm_set1_ps(30.93228f), f4));
-    c = _mm_sub_ps(_mm_mul_ps(f, tune), _mm_mul_ps(_mm_mul_ps(e, f2), pull));
+    const L4 tune = L4(6.281745f) - L4(10.28326f) * f2 + L4(4.635304f) * f4;
+    const L4 pull = L4(9.813636f) - L4(30.95644f) * f2 + L4(30.93228f) * f4;
+    c = f * tune - e * f2 * pull;
 }
 
 // R registers of two voices each (one voice in lanes 0 and 1, the next in 2
 // and 3), all in one loop so that their chains of dependent steps overlap.
 template <int R>
 void filterRegisters(const FilterVoice* const* v) {
-    __m128 c[R], d[R], low[R], band[R];
+    L4 c[R], d[R], low[R], band[R];
     for (int q = 0; q < R; ++q) {
         const FilterVoice& x = *v[2 * q];
         const FilterVoice& y = *v[2 * q + 1];
-        filterCoefficients4(_mm_setr_ps(x.f1, x.f2, y.f1, y.f2),
-                            _mm_setr_ps(x.logDamp, x.logDamp, y.logDamp, y.logDamp), c[q], d[q]);
-        low[q] = _mm_setr_ps(x.low[0], x.low[1], y.low[0], y.low[1]);
-        band[q] = _mm_setr_ps(x.band[0], x.band[1], y.band[0], y.band[1]);
+        const float f[4] = {x.f1, x.f2, y.f1, y.f2}, damp[4] = {x.logDamp, x.logDamp, y.logDamp, y.logDamp};
+        const float lows[4] = {x.low[0], x.low[1], y.low[0], y.low[1]};
+        const float bands[4] = {x.band[0], x.band[1], y.band[0], y.band[1]};
+        filterCoefficients4(L4::load(f), L4::load(damp), c[q], d[q]);
+        low[q] = L4::load(lows);
+        band[q] = L4::load(bands);
     }
     for (int i = 0; i < kFrameSamples; i += 4) {
-        __m128 out[R][4];
+        L4 out[R][4];
 #pragma GCC unroll 8
         for (int q = 0; q < R; ++q) {
             // Four samples of both voices, each spread over its voice's lanes.
-            const __m128 x = _mm_load_ps(v[2 * q]->in + i), y = _mm_load_ps(v[2 * q + 1]->in + i);
-            const __m128 lo = _mm_unpacklo_ps(x, y), hi = _mm_unpackhi_ps(x, y);
-            out[q][0] = _mm_shuffle_ps(lo, lo, _MM_SHUFFLE(1, 1, 0, 0));
-            out[q][1] = _mm_shuffle_ps(lo, lo, _MM_SHUFFLE(3, 3, 2, 2));
-            out[q][2] = _mm_shuffle_ps(hi, hi, _MM_SHUFFLE(1, 1, 0, 0));
-            out[q][3] = _mm_shuffle_ps(hi, hi, _MM_SHUFFLE(3, 3, 2, 2));
+            const L4 x = L4::load(v[2 * q]->in + i), y = L4::load(v[2 * q + 1]->in + i);
+            const L4 lo = pick<0, 4, 1, 5>(x, y), hi = pick<2, 6, 3, 7>(x, y);
+            out[q][0] = pick<0, 0, 1, 1>(lo, lo);
+            out[q][1] = pick<2, 2, 3, 3>(lo, lo);
+            out[q][2] = pick<0, 0, 1, 1>(hi, hi);
+            out[q][3] = pick<2, 2, 3, 3>(hi, hi);
         }
 #pragma GCC unroll 4
         for (int n = 0; n < 4; ++n) {
@@ -137,28 +130,23 @@ void filterRegisters(const FilterVoice* const* v) {
             band[q] = dropTinyBits(band[q]);
             low[q] = dropTinyBits(low[q]);
             // Each voice hears the sum of its two lows.
-            const __m128 s01 = _mm_add_ps(_mm_shuffle_ps(out[q][0], out[q][1], _MM_SHUFFLE(2, 0, 2, 0)),
-                                          _mm_shuffle_ps(out[q][0], out[q][1], _MM_SHUFFLE(3, 1, 3, 1)));
-            const __m128 s23 = _mm_add_ps(_mm_shuffle_ps(out[q][2], out[q][3], _MM_SHUFFLE(2, 0, 2, 0)),
-                                          _mm_shuffle_ps(out[q][2], out[q][3], _MM_SHUFFLE(3, 1, 3, 1)));
-            _mm_store_ps(v[2 * q]->out + i, _mm_shuffle_ps(s01, s23, _MM_SHUFFLE(2, 0, 2, 0)));
-            _mm_store_ps(v[2 * q + 1]->out + i, _mm_shuffle_ps(s01, s23, _MM_SHUFFLE(3, 1, 3, 1)));
+            const L4 s01 = pick<0, 2, 4, 6>(out[q][0], out[q][1]) + pick<1, 3, 5, 7>(out[q][0], out[q][1]);
+            const L4 s23 = pick<0, 2, 4, 6>(out[q][2], out[q][3]) + pick<1, 3, 5, 7>(out[q][2], out[q][3]);
+            pick<0, 2, 4, 6>(s01, s23).store(v[2 * q]->out + i);
+            pick<1, 3, 5, 7>(s01, s23).store(v[2 * q + 1]->out + i);
         }
     }
     for (int q = 0; q < R; ++q) {
-        alignas(16) float l[4], b[4];
-        _mm_store_ps(l, low[q]);
-        _mm_store_ps(b, band[q]);
         const FilterVoice& x = *v[2 * q];
         const FilterVoice& y = *v[2 * q + 1];
-        x.low[0] = l[0];
-        x.low[1] = l[1];
-        y.low[0] = l[2];
-        y.low[1] = l[3];
-        x.band[0] = b[0];
-        x.band[1] = b[1];
-        y.band[0] = b[2];
-        y.band[1] = b[3];
+        x.low[0] = low[q][0];
+        x.low[1] = low[q][1];
+        y.low[0] = low[q][2];
+        y.low[1] = low[q][3];
+        x.band[0] = band[q][0];
+        x.band[1] = band[q][1];
+        y.band[0] = band[q][2];
+        y.band[1] = band[q][3];
     }
 }
 
