@@ -1,5 +1,7 @@
 #include "engine/ChorusReverb.h"
 
+#include <emmintrin.h>
+
 #include <algorithm>
 #include <cmath>
 #include <cstring>

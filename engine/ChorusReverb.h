@@ -5,8 +5,6 @@
 // allocation on the audio path.
 #pragma once
 
-#include <emmintrin.h>
-
 #include <algorithm>
 #include <cstdint>
 #include <memory>

@@ -86,7 +86,9 @@ constexpr int kNoiseGroupsTogether = 3;
 
 void filterNoisesTogether(const NoiseJob* jobs, int count) {
     const int width = wide::laneWidth();
+#if TENDRANE_WIDE_LOOPS
     if (width == 8) return wide::filterNoisesTogether(jobs, count);
+#endif
     if (width == 1) {
         for (int k = 0; k < count; ++k) filterOne(jobs[k]);
         return;

@@ -165,7 +165,9 @@ SpareFilterVoice::SpareFilterVoice() {
 }
 
 void renderFilterVoices(const FilterVoice* voices, int count) {
-    if (wide::available()) return wide::renderFilterVoices(voices, count);
+#if TENDRANE_WIDE_LOOPS
+    if (wide::laneWidth() == 8) return wide::renderFilterVoices(voices, count);
+#endif
     const SpareFilterVoice spare;
     inLaneChunks<2, kRegistersTogether>(voices, count, spare.voice, [](int registers, const FilterVoice* const* lanes) {
         withRegisters<kRegistersTogether>(registers, [lanes]<int R>() { filterRegisters<R>(lanes); });

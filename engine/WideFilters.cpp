@@ -1,5 +1,7 @@
 #include "engine/WideFilters.h"
 
+#if TENDRANE_WIDE_LOOPS
+
 #include <algorithm>
 #include <cmath>
 
@@ -220,3 +222,5 @@ void renderFilterVoices(const FilterVoice* voices, int count) {
 }
 
 }  // namespace engine::wide
+
+#endif  // TENDRANE_WIDE_LOOPS

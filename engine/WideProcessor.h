@@ -3,6 +3,14 @@
 // bit; only the speed differs.
 #pragma once
 
+// Whether this build has loops written for 256-bit registers at all: only
+// for the processors that may have them.
+#if defined(__GNUC__) && (defined(__x86_64__) || defined(__i386__))
+#define TENDRANE_WIDE_LOOPS 1
+#else
+#define TENDRANE_WIDE_LOOPS 0
+#endif
+
 namespace engine::wide {
 
 // True when this processor and its system run the eight-lane loops.
