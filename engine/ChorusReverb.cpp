@@ -1,7 +1,5 @@
 #include "engine/ChorusReverb.h"
 
-#include <emmintrin.h>
-
 #include <algorithm>
 #include <cmath>
 #include <cstring>
@@ -45,41 +43,68 @@ constexpr uint32_t kDrawSub[4] = {kDrawStepSub, kDrawStepSub * kDrawMul[0] + kDr
 // N / p rounded to nearest, in integers.
 int delayFor(int N, int p) { return (p / 2 + N) / p; }
 
+// Four floats and four 32-bit words in one register, with the compiler's
+// vector operations: SSE or NEON, or plain arithmetic where there are none.
+typedef float F4 __attribute__((vector_size(16)));
+typedef int32_t I4 __attribute__((vector_size(16)));
+typedef uint32_t U4 __attribute__((vector_size(16)));
+
+inline F4 f4(float x) { return F4{x, x, x, x}; }
+inline I4 i4(int32_t x) { return I4{x, x, x, x}; }
+inline F4 loadF4(const float* p) {
+    F4 v;
+    std::memcpy(&v, p, 16);
+    return v;
+}
+inline void storeF4(float* p, F4 v) { std::memcpy(p, &v, 16); }
+inline I4 loadI4(const void* p) {
+    I4 v;
+    std::memcpy(&v, p, 16);
+    return v;
+}
+inline F4 andF4(F4 a, F4 b) { return (F4)((I4)a & (I4)b); }
+inline F4 xorF4(F4 a, F4 b) { return (F4)((I4)a ^ (I4)b); }
+// Differences of positions, modulo 2^32.
+inline I4 subI4(I4 a, I4 b) { return (I4)((U4)a - (U4)b); }
 // The low 32 bits of each lane's product.
-inline __m128i multiplyLow(__m128i a, __m128i b) {
-    const __m128i even = _mm_mul_epu32(a, b);
-    const __m128i odd = _mm_mul_epu32(_mm_srli_epi64(a, 32), _mm_srli_epi64(b, 32));
-    return _mm_unpacklo_epi32(_mm_shuffle_epi32(even, _MM_SHUFFLE(0, 0, 2, 0)),
-                              _mm_shuffle_epi32(odd, _MM_SHUFFLE(0, 0, 2, 0)));
+inline I4 multiplyLow(I4 a, I4 b) { return (I4)((U4)a * (U4)b); }
+// The top bit of each byte, as from a mask of whole words (0 or all ones).
+inline int byteMask(I4 m) {
+    int bits = 0;
+    for (int k = 0; k < 4; ++k)
+        if (m[k] < 0) bits |= 0xF << (4 * k);
+    return bits;
+}
+// Four registers as a 4 x 4 matrix, turned over.
+inline void transpose4(F4& r0, F4& r1, F4& r2, F4& r3) {
+    const F4 t0 = __builtin_shufflevector(r0, r1, 0, 4, 1, 5), t1 = __builtin_shufflevector(r2, r3, 0, 4, 1, 5);
+    const F4 t2 = __builtin_shufflevector(r0, r1, 2, 6, 3, 7), t3 = __builtin_shufflevector(r2, r3, 2, 6, 3, 7);
+    r0 = __builtin_shufflevector(t0, t1, 0, 1, 4, 5);
+    r1 = __builtin_shufflevector(t0, t1, 2, 3, 6, 7);
+    r2 = __builtin_shufflevector(t2, t3, 0, 1, 4, 5);
+    r3 = __builtin_shufflevector(t2, t3, 2, 3, 6, 7);
 }
 
-// The four words of an integer vector, taken out through the shuffle unit
-// rather than a store and four loads.
+// The four words of an integer vector.
 struct Words {
     uint32_t v[4];
-    explicit Words(__m128i x)
-        : v{uint32_t(_mm_cvtsi128_si32(x)), uint32_t(_mm_cvtsi128_si32(_mm_shuffle_epi32(x, _MM_SHUFFLE(1, 1, 1, 1)))),
-            uint32_t(_mm_cvtsi128_si32(_mm_shuffle_epi32(x, _MM_SHUFFLE(2, 2, 2, 2)))),
-            uint32_t(_mm_cvtsi128_si32(_mm_shuffle_epi32(x, _MM_SHUFFLE(3, 3, 3, 3))))} {}
+    explicit Words(I4 x) : v{uint32_t(x[0]), uint32_t(x[1]), uint32_t(x[2]), uint32_t(x[3])} {}
     uint32_t operator[](int k) const { return v[k]; }
 };
 
 // The same for a float vector.
 struct FloatLanes {
     float v[4];
-    explicit FloatLanes(__m128 x)
-        : v{_mm_cvtss_f32(x), _mm_cvtss_f32(_mm_shuffle_ps(x, x, _MM_SHUFFLE(1, 1, 1, 1))),
-            _mm_cvtss_f32(_mm_shuffle_ps(x, x, _MM_SHUFFLE(2, 2, 2, 2))),
-            _mm_cvtss_f32(_mm_shuffle_ps(x, x, _MM_SHUFFLE(3, 3, 3, 3)))} {}
+    explicit FloatLanes(F4 x) : v{x[0], x[1], x[2], x[3]} {}
     float operator[](int k) const { return v[k]; }
 };
 
 // The modulators' phase wrap on a register of this loop.
-inline __m128 slowPhase(__m128 p) {
+inline F4 slowPhase(F4 p) {
     alignas(16) float x[4];
-    _mm_store_ps(x, p);
+    storeF4(x, p);
     wrapSlowPhase(Lanes<4>::load(x)).store(x);
-    return _mm_load_ps(x);
+    return loadF4(x);
 }
 
 // The delay ring as the loop sees it: positions count up with time and the
@@ -91,14 +116,14 @@ struct Ring {
     float& at(uint32_t pos) const { return buf[pos & mask]; }
 
     // s0 at each lane's position, s1 one further back.
-    void gather(__m128i pos, __m128& s0, __m128& s1) const {
+    void gather(I4 pos, F4& s0, F4& s1) const {
         const Words p(pos);
-        s0 = _mm_setr_ps(at(p[0]), at(p[1]), at(p[2]), at(p[3]));
-        s1 = _mm_setr_ps(at(p[0] - 1u), at(p[1] - 1u), at(p[2] - 1u), at(p[3] - 1u));
+        s0 = F4{at(p[0]), at(p[1]), at(p[2]), at(p[3])};
+        s1 = F4{at(p[0] - 1u), at(p[1] - 1u), at(p[2] - 1u), at(p[3] - 1u)};
     }
 
     // Each lane to its position, lane 0 first.
-    void scatter(__m128i pos, __m128 v) const {
+    void scatter(I4 pos, F4 v) const {
         const Words p(pos);
         const FloatLanes x(v);
 #pragma GCC unroll 4
@@ -227,14 +252,14 @@ void ChorusReverb::process(const float* in, float* outLeft, float* outRight, flo
     level_ = v;
     const float r = sampleRate_;
     const float w = 1.25f / r;
-    const __m128 walkCoef = _mm_set1_ps(1.0f - std::exp(-6.2831855f * w));
+    const F4 walkCoef = f4(1.0f - std::exp(-6.2831855f * w));
     const float depth = float(lineDelay_[11]) * 0.015f;
-    const __m128 noiseGain = _mm_set1_ps(std::sqrt(0.5f / w) * 7.3145906e-10f * lengthTrim_ * C);
+    const F4 noiseGain = f4(std::sqrt(0.5f / w) * 7.3145906e-10f * lengthTrim_ * C);
     if (std::fabs(gainNow_[0] - gainTarget_[0]) < 1e-5f) std::memcpy(gainNow_, gainTarget_, sizeof gainNow_);
-    const __m128 dampCoef = _mm_set1_ps(D == 0.0f ? 1.0f : 1.0f - std::exp(-6.2831855f * D / r));
-    const __m128 smooth = _mm_set1_ps(smoothCoef_);
-    const __m128 absMask = _mm_castsi128_ps(_mm_set1_epi32(0x7FFFFFFF));
-    const __m128 one = _mm_set1_ps(1.0f);
+    const F4 dampCoef = f4(D == 0.0f ? 1.0f : 1.0f - std::exp(-6.2831855f * D / r));
+    const F4 smooth = f4(smoothCoef_);
+    const F4 absMask = ((F4)(i4(0x7FFFFFFF)));
+    const F4 one = f4(1.0f);
     // Gains at their targets stay there: each step would add exactly zero.
     // So do gains that one step leaves bit for bit where they are (a step
     // too small to move them short of the target, common at high rates):
@@ -252,109 +277,106 @@ void ChorusReverb::process(const float* in, float* outLeft, float* outRight, flo
     // sample and group of four lines the whole part of each read's
     // modulation (an exact integer, one lower at integers) and the allpass
     // coefficient.
-    __m128 mod[BLOCK];
+    F4 mod[BLOCK];
     alignas(16) float gainAt[BLOCK][20];
     {
-        __m128 walk1 = _mm_load_ps(walk1_), walk2 = _mm_load_ps(walk2_);
-        __m128 gain[5], gainGoal[5];
+        F4 walk1 = loadF4(walk1_), walk2 = loadF4(walk2_);
+        F4 gain[5], gainGoal[5];
         for (int k = 0; k < 5; ++k) {
-            gain[k] = _mm_load_ps(gainNow_ + 4 * k);
-            gainGoal[k] = _mm_load_ps(gainTarget_ + 4 * k);
+            gain[k] = loadF4(gainNow_ + 4 * k);
+            gainGoal[k] = loadF4(gainTarget_ + 4 * k);
         }
         // The four draws of a sample are one to four steps of the generator
         // from the word it starts with; the next sample's are four steps on
         // from these, one multiply for all four lanes.
         const uint32_t r0 = random1_;
-        __m128i draws = _mm_setr_epi32(int32_t(r0 * kDrawMul[0] - kDrawSub[0]), int32_t(r0 * kDrawMul[1] - kDrawSub[1]),
-                                       int32_t(r0 * kDrawMul[2] - kDrawSub[2]), int32_t(r0 * kDrawMul[3] - kDrawSub[3]));
-        const __m128i fourStepsMul = _mm_set1_epi32(int32_t(kDrawMul[3]));
-        const __m128i fourStepsSub = _mm_set1_epi32(int32_t(kDrawSub[3]));
+        I4 draws = I4{int32_t(r0 * kDrawMul[0] - kDrawSub[0]), int32_t(r0 * kDrawMul[1] - kDrawSub[1]), int32_t(r0 * kDrawMul[2] - kDrawSub[2]), int32_t(r0 * kDrawMul[3] - kDrawSub[3])};
+        const I4 fourStepsMul = i4(int32_t(kDrawMul[3]));
+        const I4 fourStepsSub = i4(int32_t(kDrawSub[3]));
         for (int n = 0; n < BLOCK; ++n) {
-            if (n > 0) draws = _mm_sub_epi32(multiplyLow(draws, fourStepsMul), fourStepsSub);
+            if (n > 0) draws = subI4(multiplyLow(draws, fourStepsMul), fourStepsSub);
             // Four random draws drive the four walks, low-passed twice at 1.25 Hz.
-            const __m128 noise = _mm_cvtepi32_ps(draws);
-            walk1 = _mm_add_ps(walk1, _mm_mul_ps(_mm_sub_ps(_mm_mul_ps(noise, noiseGain), walk1), walkCoef));
-            walk2 = _mm_add_ps(walk2, _mm_mul_ps(_mm_sub_ps(walk1, walk2), walkCoef));
+            const F4 noise = __builtin_convertvector(draws, F4);
+            walk1 = (walk1 + (((noise * noiseGain) - walk1) * walkCoef));
+            walk2 = (walk2 + ((walk1 - walk2) * walkCoef));
             // A parabolic sine of each walk: it wraps softly and never runs away.
-            const __m128 ph = slowPhase(_mm_mul_ps(walk2, _mm_set1_ps(0.15915494f)));
-            const __m128 bend = _mm_sub_ps(
-                _mm_set1_ps(8.0f),
-                _mm_and_ps(_mm_sub_ps(_mm_mul_ps(_mm_set1_ps(16.0f), ph), _mm_set1_ps(8.0f)), absMask));
-            mod[n] = _mm_mul_ps(_mm_mul_ps(_mm_sub_ps(_mm_set1_ps(0.5f), ph), bend), _mm_set1_ps(depth));
+            const F4 ph = slowPhase((walk2 * f4(0.15915494f)));
+            const F4 bend = (f4(8.0f) - andF4(((f4(16.0f) * ph) - f4(8.0f)), absMask));
+            mod[n] = (((f4(0.5f) - ph) * bend) * f4(depth));
         }
-        random1_ = uint32_t(_mm_cvtsi128_si32(_mm_shuffle_epi32(draws, _MM_SHUFFLE(3, 3, 3, 3))));
-        _mm_store_ps(walk1_, walk1);
-        _mm_store_ps(walk2_, walk2);
+        random1_ = uint32_t((__builtin_shufflevector(draws, draws, 3, 3, 3, 3))[0]);
+        storeF4(walk1_, walk1);
+        storeF4(walk2_, walk2);
         // Settled gains are one row for the whole block.
-        for (int k = 0; k < 5; ++k) _mm_store_ps(gainAt[0] + 4 * k, gain[k]);
+        for (int k = 0; k < 5; ++k) storeF4(gainAt[0] + 4 * k, gain[k]);
         if (!gainsSettled)
             for (int n = 0; n < BLOCK; ++n) {
                 for (int k = 0; k < 5; ++k)
-                    gain[k] = _mm_add_ps(gain[k], _mm_mul_ps(_mm_sub_ps(gainGoal[k], gain[k]), smooth));
-                for (int k = 0; k < 5; ++k) _mm_store_ps(gainAt[n] + 4 * k, gain[k]);
+                    gain[k] = (gain[k] + ((gainGoal[k] - gain[k]) * smooth));
+                for (int k = 0; k < 5; ++k) storeF4(gainAt[n] + 4 * k, gain[k]);
             }
-        for (int k = 0; k < 5; ++k) _mm_store_ps(gainNow_ + 4 * k, gain[k]);
+        for (int k = 0; k < 5; ++k) storeF4(gainNow_ + 4 * k, gain[k]);
     }
     const int gainStep = gainsSettled ? 0 : 1;
     const auto gainRow = [&](int n) -> const float* { return gainAt[n * gainStep]; };
-    __m128i shift[BLOCK][3];
-    __m128 allpass[BLOCK][3];
+    I4 shift[BLOCK][3];
+    F4 allpass[BLOCK][3];
     for (int n = 0; n < BLOCK; ++n) {
         // Each group reads with the four modulations in its own signs and
         // order: +m0 -m1 +m2 -m3, its negation, and -m1 +m0 -m3 +m2. The
         // third is the first with its lanes swapped in pairs, the same
         // products exactly, so it takes the first's results swapped.
-        const __m128 m = mod[n];
-        const __m128 g1 = _mm_mul_ps(m, _mm_setr_ps(1.0f, -1.0f, 1.0f, -1.0f));
-        const __m128 g2 = _mm_sub_ps(_mm_setzero_ps(), g1);
-        const __m128 groupMod[2] = {g1, g2};
+        const F4 m = mod[n];
+        const F4 g1 = (m * F4{1.0f, -1.0f, 1.0f, -1.0f});
+        const F4 g2 = (F4{} - g1);
+        const F4 groupMod[2] = {g1, g2};
 #pragma GCC unroll 2
         for (int g = 0; g < 2; ++g) {
             // i = floor(mu), an exact integer counted one lower: ceil(mu) - 1.
-            const __m128 mu = groupMod[g];
-            __m128 c = _mm_cvtepi32_ps(_mm_cvttps_epi32(mu));
-            c = _mm_add_ps(c, _mm_and_ps(_mm_cmplt_ps(c, mu), one));
-            const __m128 i = _mm_sub_ps(c, one);
-            const __m128 f = _mm_sub_ps(mu, i);
-            allpass[n][g] = _mm_div_ps(_mm_sub_ps(one, f), _mm_add_ps(one, f));
-            shift[n][g] = _mm_cvtps_epi32(i);
+            const F4 mu = groupMod[g];
+            F4 c = __builtin_convertvector(__builtin_convertvector(mu, I4), F4);
+            c = (c + andF4(((F4)(c < mu)), one));
+            const F4 i = (c - one);
+            const F4 f = (mu - i);
+            allpass[n][g] = ((one - f) / (one + f));
+            shift[n][g] = __builtin_convertvector(i, I4);
         }
-        allpass[n][2] = _mm_shuffle_ps(allpass[n][0], allpass[n][0], _MM_SHUFFLE(2, 3, 0, 1));
-        shift[n][2] = _mm_shuffle_epi32(shift[n][0], _MM_SHUFFLE(2, 3, 0, 1));
+        allpass[n][2] = __builtin_shufflevector(allpass[n][0], allpass[n][0], 1, 0, 7, 6);
+        shift[n][2] = __builtin_shufflevector(shift[n][0], shift[n][0], 1, 0, 3, 2);
     }
 
     // The sounding side. Every state it carries lives in locals: the ring's
     // float stores could otherwise alias the members.
     Ring ring{buffer_.get(), uint32_t(capacity_ - 1)};
-    const __m128i ringMask = _mm_set1_epi32(int32_t(ring.mask));
-    __m128i lineBase[3], lineOffset[3];
-    __m128 lineOut[3], lineDamp[3];
+    const I4 ringMask = i4(int32_t(ring.mask));
+    I4 lineBase[3], lineOffset[3];
+    F4 lineOut[3], lineDamp[3];
     for (int g = 0; g < 3; ++g) {
-        lineBase[g] = _mm_load_si128(reinterpret_cast<const __m128i*>(lineBase_ + 4 * g));
-        lineOffset[g] = _mm_load_si128(reinterpret_cast<const __m128i*>(lineOffset_ + 4 * g));
-        lineOut[g] = _mm_load_ps(lineOut_ + 4 * g);
-        lineDamp[g] = _mm_load_ps(lineDamp_ + 4 * g);
+        lineBase[g] = loadI4(lineBase_ + 4 * g);
+        lineOffset[g] = loadI4(lineOffset_ + 4 * g);
+        lineOut[g] = loadF4(lineOut_ + 4 * g);
+        lineDamp[g] = loadF4(lineDamp_ + 4 * g);
     }
     alignas(16) int diffPos[8];  // the last one twice, for two full vectors
     for (int k = 0; k <= DIFFUSERS; ++k) diffPos[k] = diffPos_[k];
     diffPos[7] = diffPos[6];
-    const __m128i writeLimit = _mm_set1_epi32(int32_t(ring.mask - 3u));
+    const I4 writeLimit = i4(int32_t(ring.mask - 3u));
     const float antiDenormal = antiDenormal_;
     static_assert(BLOCK % 4 == 0, "whole runs of four, so an even count of sign flips per block");
     const uint32_t start = writePos_;
 
     // One sample of one group: fractional allpass read, feedback gain,
     // damping. Returns the lines' outputs; lineDamp holds what to write.
-    const auto lineStep = [&](int g, __m128 s0, __m128 s1, __m128 ap, __m128 feed, __m128 gain) {
-        const __m128 y = _mm_add_ps(s1, _mm_mul_ps(ap, _mm_sub_ps(s0, lineOut[g])));
+    const auto lineStep = [&](int g, F4 s0, F4 s1, F4 ap, F4 feed, F4 gain) {
+        const F4 y = (s1 + (ap * (s0 - lineOut[g])));
         lineOut[g] = y;
-        const __m128 t = _mm_mul_ps(_mm_add_ps(feed, y), gain);
-        lineDamp[g] = _mm_add_ps(lineDamp[g], _mm_mul_ps(_mm_sub_ps(t, lineDamp[g]), dampCoef));
+        const F4 t = ((feed + y) * gain);
+        lineDamp[g] = (lineDamp[g] + ((t - lineDamp[g]) * dampCoef));
         return y;
     };
     // Where a group reads its s0 at sample n: at - i - lineOffset - lineDelay.
     const auto readPos = [&](int n, int g) {
-        return _mm_sub_epi32(_mm_sub_epi32(_mm_set1_epi32(int32_t(start + uint32_t(n))), shift[n][g]), lineBase[g]);
+        return subI4(subI4(i4(int32_t(start + uint32_t(n))), shift[n][g]), lineBase[g]);
     };
     // The six diffusers of one sample: read all six first, then write.
     const auto diffuse = [&](int n, float L, float R) {
@@ -382,15 +404,15 @@ void ChorusReverb::process(const float* in, float* outLeft, float* outRight, flo
 
     // The diffusers of four samples, lane by sample, when none of their runs
     // wraps; else one sample at a time.
-    __m128 restingDiffGain[DIFFUSERS];
-    for (int j = 0; j < DIFFUSERS; ++j) restingDiffGain[j] = _mm_set1_ps(gainAt[0][13 + j]);
-    const auto diffuseFour = [&](int n, __m128 L, __m128 R) {
-        const __m128i at = _mm_set1_epi32(int32_t(start + uint32_t(n)));
-        const __m128i pos0 =
-            _mm_and_si128(_mm_sub_epi32(at, _mm_load_si128(reinterpret_cast<const __m128i*>(diffPos))), ringMask);
-        const __m128i pos4 =
-            _mm_and_si128(_mm_sub_epi32(at, _mm_load_si128(reinterpret_cast<const __m128i*>(diffPos + 4))), ringMask);
-        if (_mm_movemask_epi8(_mm_or_si128(_mm_cmpgt_epi32(pos0, writeLimit), _mm_cmpgt_epi32(pos4, writeLimit)))) {
+    F4 restingDiffGain[DIFFUSERS];
+    for (int j = 0; j < DIFFUSERS; ++j) restingDiffGain[j] = f4(gainAt[0][13 + j]);
+    const auto diffuseFour = [&](int n, F4 L, F4 R) {
+        const I4 at = i4(int32_t(start + uint32_t(n)));
+        const I4 pos0 =
+            (subI4(at, loadI4(diffPos)) & ringMask);
+        const I4 pos4 =
+            (subI4(at, loadI4(diffPos + 4)) & ringMask);
+        if (byteMask((((I4)(pos0 > writeLimit)) | ((I4)(pos4 > writeLimit))))) {
             const FloatLanes l(L), r(R);
 #pragma GCC unroll 4
             for (int j = 0; j < 4; ++j) diffuse(n + j, l[j], r[j]);
@@ -398,9 +420,9 @@ void ChorusReverb::process(const float* in, float* outLeft, float* outRight, flo
         }
         const Words p0(pos0), p4(pos4);
         const uint32_t p[7] = {p0[0], p0[1], p0[2], p0[3], p4[0], p4[1], p4[2]};
-        __m128 rd[DIFFUSERS], g[DIFFUSERS];
+        F4 rd[DIFFUSERS], g[DIFFUSERS];
 #pragma GCC unroll 6
-        for (int j = 0; j < DIFFUSERS; ++j) rd[j] = _mm_loadu_ps(ring.buf + p[j + 1]);
+        for (int j = 0; j < DIFFUSERS; ++j) rd[j] = loadF4(ring.buf + p[j + 1]);
         if (gainsSettled) {
 #pragma GCC unroll 6
             for (int j = 0; j < DIFFUSERS; ++j) g[j] = restingDiffGain[j];
@@ -408,28 +430,28 @@ void ChorusReverb::process(const float* in, float* outLeft, float* outRight, flo
 #pragma GCC unroll 6
             for (int j = 0; j < DIFFUSERS; ++j) {
                 const int e = 13 + j;
-                g[j] = _mm_setr_ps(gainAt[n][e], gainAt[n + 1][e], gainAt[n + 2][e], gainAt[n + 3][e]);
+                g[j] = F4{gainAt[n][e], gainAt[n + 1][e], gainAt[n + 2][e], gainAt[n + 3][e]};
             }
         }
-        const __m128 u0 = _mm_sub_ps(rd[0], _mm_mul_ps(g[0], L));
-        const __m128 w0 = _mm_add_ps(_mm_mul_ps(g[0], u0), L);
-        const __m128 u1 = _mm_sub_ps(rd[1], _mm_mul_ps(g[1], w0));
-        const __m128 u2 = _mm_sub_ps(rd[2], _mm_mul_ps(g[2], u0));
-        const __m128 u3 = _mm_sub_ps(rd[3], _mm_mul_ps(g[3], R));
-        const __m128 w3 = _mm_add_ps(_mm_mul_ps(g[3], u3), R);
-        const __m128 u4 = _mm_sub_ps(rd[4], _mm_mul_ps(g[4], w3));
-        const __m128 u5 = _mm_sub_ps(rd[5], _mm_mul_ps(g[5], u3));
-        _mm_storeu_ps(ring.buf + p[0], _mm_add_ps(w0, _mm_mul_ps(g[1], u1)));
-        _mm_storeu_ps(ring.buf + p[1], _mm_add_ps(u0, _mm_mul_ps(g[2], u2)));
-        _mm_storeu_ps(ring.buf + p[2], u1);
-        _mm_storeu_ps(ring.buf + p[3], _mm_add_ps(w3, _mm_mul_ps(g[4], u4)));
-        _mm_storeu_ps(ring.buf + p[4], _mm_add_ps(u3, _mm_mul_ps(g[5], u5)));
-        _mm_storeu_ps(ring.buf + p[5], u4);
+        const F4 u0 = (rd[0] - (g[0] * L));
+        const F4 w0 = ((g[0] * u0) + L);
+        const F4 u1 = (rd[1] - (g[1] * w0));
+        const F4 u2 = (rd[2] - (g[2] * u0));
+        const F4 u3 = (rd[3] - (g[3] * R));
+        const F4 w3 = ((g[3] * u3) + R);
+        const F4 u4 = (rd[4] - (g[4] * w3));
+        const F4 u5 = (rd[5] - (g[5] * u3));
+        storeF4(ring.buf + p[0], (w0 + (g[1] * u1)));
+        storeF4(ring.buf + p[1], (u0 + (g[2] * u2)));
+        storeF4(ring.buf + p[2], u1);
+        storeF4(ring.buf + p[3], (w3 + (g[4] * u4)));
+        storeF4(ring.buf + p[4], (u3 + (g[5] * u5)));
+        storeF4(ring.buf + p[5], u4);
         // -u * 0.11785113: the sign flip first, as a flip of the sign bit.
-        const __m128 signBit = _mm_set1_ps(-0.0f);
-        const __m128 outGain = _mm_set1_ps(0.11785113f);
-        _mm_storeu_ps(outLeft + n, _mm_mul_ps(_mm_xor_ps(u2, signBit), outGain));
-        _mm_storeu_ps(outRight + n, _mm_mul_ps(_mm_xor_ps(u5, signBit), outGain));
+        const F4 signBit = f4(-0.0f);
+        const F4 outGain = f4(0.11785113f);
+        storeF4(outLeft + n, (xorF4(u2, signBit) * outGain));
+        storeF4(outRight + n, (xorF4(u5, signBit) * outGain));
     };
 
     if (!inFours_) {
@@ -437,15 +459,15 @@ void ChorusReverb::process(const float* in, float* outLeft, float* outRight, flo
         float sign = antiDenormal;
         for (int n = 0; n < BLOCK; ++n) {
             const float x = in[n];
-            const __m128 feed = _mm_set1_ps(x + sign);
+            const F4 feed = f4(x + sign);
             // The input once in each sum, before the first group.
             float L = x, R = x;
 #pragma GCC unroll 3
             for (int g = 0; g < 3; ++g) {
-                __m128 s0, s1;
+                F4 s0, s1;
                 ring.gather(readPos(n, g), s0, s1);
-                const __m128 y = lineStep(g, s0, s1, allpass[n][g], feed, _mm_load_ps(gainRow(n) + 4 * g));
-                ring.scatter(_mm_sub_epi32(_mm_set1_epi32(int32_t(start + uint32_t(n))), lineOffset[g]), lineDamp[g]);
+                const F4 y = lineStep(g, s0, s1, allpass[n][g], feed, loadF4(gainRow(n) + 4 * g));
+                ring.scatter(subI4(i4(int32_t(start + uint32_t(n))), lineOffset[g]), lineDamp[g]);
                 const FloatLanes o(y);
                 L += o[0] + o[1] - o[2] - o[3];
                 R += o[0] - o[1] - o[2] + o[3];
@@ -458,67 +480,65 @@ void ChorusReverb::process(const float* in, float* outLeft, float* outRight, flo
         // runs of the ring when its read positions hold still and don't wrap;
         // its writes go to four runs when they don't wrap. Transposes turn
         // runs into samples and back.
-        const __m128 signs = _mm_setr_ps(antiDenormal, -antiDenormal, antiDenormal, -antiDenormal);
-        const __m128i readLimit = _mm_set1_epi32(int32_t(ring.mask - 4u));
+        const F4 signs = F4{antiDenormal, -antiDenormal, antiDenormal, -antiDenormal};
+        const I4 readLimit = i4(int32_t(ring.mask - 4u));
         for (int n = 0; n < BLOCK; n += 4) {
             const uint32_t at = start + uint32_t(n);
-            const __m128 x = _mm_loadu_ps(in + n);
-            const __m128 feed4 = _mm_add_ps(x, signs);
-            const __m128 feed[4] = {_mm_shuffle_ps(feed4, feed4, _MM_SHUFFLE(0, 0, 0, 0)),
-                                    _mm_shuffle_ps(feed4, feed4, _MM_SHUFFLE(1, 1, 1, 1)),
-                                    _mm_shuffle_ps(feed4, feed4, _MM_SHUFFLE(2, 2, 2, 2)),
-                                    _mm_shuffle_ps(feed4, feed4, _MM_SHUFFLE(3, 3, 3, 3))};
+            const F4 x = loadF4(in + n);
+            const F4 feed4 = (x + signs);
+            const F4 feed[4] = {__builtin_shufflevector(feed4, feed4, 0, 0, 4, 4),
+                                    __builtin_shufflevector(feed4, feed4, 1, 1, 5, 5),
+                                    __builtin_shufflevector(feed4, feed4, 2, 2, 6, 6),
+                                    __builtin_shufflevector(feed4, feed4, 3, 3, 7, 7)};
             // Reads first, group by group.
-            __m128 s0[3][4], s1[3][4];
+            F4 s0[3][4], s1[3][4];
 #pragma GCC unroll 3
             for (int g = 0; g < 3; ++g) {
-                const __m128i i = shift[n][g];
-                const __m128i still = _mm_and_si128(_mm_and_si128(_mm_cmpeq_epi32(i, shift[n + 1][g]),
-                                                                  _mm_cmpeq_epi32(i, shift[n + 2][g])),
-                                                    _mm_cmpeq_epi32(i, shift[n + 3][g]));
+                const I4 i = shift[n][g];
+                const I4 still = ((((I4)(i == shift[n + 1][g])) & ((I4)(i == shift[n + 2][g]))) & ((I4)(i == shift[n + 3][g])));
                 // s1 of the first sample; the run goes on for four more.
-                const __m128i first = _mm_and_si128(_mm_sub_epi32(readPos(n, g), _mm_set1_epi32(1)), ringMask);
-                if (_mm_movemask_epi8(_mm_andnot_si128(_mm_cmpgt_epi32(first, readLimit), still)) == 0xFFFF) {
+                const I4 first = (subI4(readPos(n, g), i4(1)) & ringMask);
+                if (byteMask((~(((I4)(first > readLimit))) & still)) == 0xFFFF) {
                     // Each sample's s0 is the next one's s1; the last
                     // sample's s0 is the fifth of each run.
                     const Words p(first);
 #pragma GCC unroll 4
-                    for (int k = 0; k < 4; ++k) s1[g][k] = _mm_loadu_ps(ring.buf + p[k]);
-                    _MM_TRANSPOSE4_PS(s1[g][0], s1[g][1], s1[g][2], s1[g][3]);
+                    for (int k = 0; k < 4; ++k) s1[g][k] = loadF4(ring.buf + p[k]);
+                    transpose4(s1[g][0], s1[g][1], s1[g][2], s1[g][3]);
                     s0[g][0] = s1[g][1];
                     s0[g][1] = s1[g][2];
                     s0[g][2] = s1[g][3];
-                    s0[g][3] = _mm_setr_ps(ring.buf[p[0] + 4], ring.buf[p[1] + 4], ring.buf[p[2] + 4], ring.buf[p[3] + 4]);
+                    s0[g][3] = F4{ring.buf[p[0] + 4], ring.buf[p[1] + 4], ring.buf[p[2] + 4], ring.buf[p[3] + 4]};
                 } else {
                     for (int j = 0; j < 4; ++j) ring.gather(readPos(n + j, g), s0[g][j], s1[g][j]);
                 }
             }
             // The three groups side by side: three chains at once.
-            __m128 y[3][4], d[3][4];
+            F4 y[3][4], d[3][4];
 #pragma GCC unroll 4
             for (int j = 0; j < 4; ++j)
 #pragma GCC unroll 3
                 for (int g = 0; g < 3; ++g) {
                     y[g][j] = lineStep(g, s0[g][j], s1[g][j], allpass[n + j][g], feed[j],
-                                       _mm_load_ps(gainRow(n + j) + 4 * g));
+                                       loadF4(gainRow(n + j) + 4 * g));
                     d[g][j] = lineDamp[g];
                 }
             // The four samples' sums, lane by sample; the input once in each.
-            __m128 L = x, R = x;
+            F4 L = x, R = x;
 #pragma GCC unroll 3
             for (int g = 0; g < 3; ++g) {
                 // Line by line now, lane by sample.
-                __m128* o = y[g];
-                _MM_TRANSPOSE4_PS(o[0], o[1], o[2], o[3]);
-                L = _mm_add_ps(L, _mm_sub_ps(_mm_sub_ps(_mm_add_ps(o[0], o[1]), o[2]), o[3]));
-                R = _mm_add_ps(R, _mm_add_ps(_mm_sub_ps(_mm_sub_ps(o[0], o[1]), o[2]), o[3]));
-                __m128* e = d[g];
-                _MM_TRANSPOSE4_PS(e[0], e[1], e[2], e[3]);
-                const __m128i dest = _mm_and_si128(_mm_sub_epi32(_mm_set1_epi32(int32_t(at)), lineOffset[g]), ringMask);
+                F4* o = y[g];
+                transpose4(o[0], o[1], o[2], o[3]);
+                L = (L + (((o[0] + o[1]) - o[2]) - o[3]));
+                R = (R + (((o[0] - o[1]) - o[2]) + o[3]));
+                F4* e = d[g];
+                transpose4(e[0], e[1], e[2], e[3]);
+                const I4 dest = (subI4(i4(int32_t(at)), lineOffset[g]) & ringMask);
                 const Words q(dest);
-                if (_mm_movemask_epi8(_mm_cmpgt_epi32(dest, writeLimit)) == 0) {
+                if (byteMask(((I4)(dest > writeLimit))) == 0) {
 #pragma GCC unroll 4
-                    for (int k = 0; k < 4; ++k) _mm_storeu_ps(ring.buf + q[k], e[k]);
+                    for (int k = 0; k < 4; ++k) storeF4(ring.buf + q[k], e[k]);
                 } else {
                     for (int k = 0; k < 4; ++k) {
                         const FloatLanes run(e[k]);
@@ -532,8 +552,8 @@ void ChorusReverb::process(const float* in, float* outLeft, float* outRight, flo
     }
     writePos_ = start + uint32_t(BLOCK);
     for (int g = 0; g < 3; ++g) {
-        _mm_store_ps(lineOut_ + 4 * g, lineOut[g]);
-        _mm_store_ps(lineDamp_ + 4 * g, lineDamp[g]);
+        storeF4(lineOut_ + 4 * g, lineOut[g]);
+        storeF4(lineDamp_ + 4 * g, lineDamp[g]);
     }
 
     const uint32_t u = random2_ * 0x323785AFu - 0x35F2CFD7u;
