@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs the Debian packages a task needs, only those missing.
-#   tools/setup-debian.sh build|fuzz|cross|tools|host ...
+#   tools/setup-debian.sh build|fuzz|cross|aarch64|tools|host ...
 # "build" is what building and testing need; the others add to it.
 set -euo pipefail
 
@@ -11,6 +11,7 @@ packages_for() {
                 libfreetype-dev libfontconfig-dev fonts-dejavu-core locales ;;
     fuzz)  echo clang libclang-rt-14-dev ;;
     cross) echo g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix libz-mingw-w64-dev ;;
+    aarch64) echo g++-aarch64-linux-gnu qemu-user ;;
     tools) echo libfreetype-dev fonts-league-spartan fonts-open-sans ;;
     host)  echo ardour wine64 python3 g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64 libz-mingw-w64-dev xvfb xauth ;;
     *) echo "setup-debian: unknown package group '$1'" >&2; exit 1 ;;
