@@ -54,9 +54,17 @@ std::string runs(const CompiledPage& page) {
         if (!out.empty()) out += ' ';
         switch (op.kind) {
             case MarkupKind::run:
-                out += "[" + op.text + "]" + std::to_string(op.style);
-                if (op.spaces > 0) out += "_";
-                if (op.click >= 0) out += "c" + std::to_string(op.click);
+                // Appended piece by piece: GCC 12 at -O3 warns falsely about
+                // a literal joined to a temporary string.
+                out += '[';
+                out += op.text;
+                out += ']';
+                out += std::to_string(op.style);
+                if (op.spaces > 0) out += '_';
+                if (op.click >= 0) {
+                    out += 'c';
+                    out += std::to_string(op.click);
+                }
                 break;
             case MarkupKind::lineBreak: out += "BR"; break;
             case MarkupKind::pause: out += "PAUSE"; break;
