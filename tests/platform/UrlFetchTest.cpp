@@ -5,60 +5,28 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <condition_variable>
-#include <mutex>
 #include <thread>
 
 #include "platform/Exceptions.h"
+#include "tests/support/AnswerLater.h"
+#include "tests/support/WaitUntil.h"
 #include "tests/support/httpTestServer.h"
 
 namespace {
 
 using namespace std::chrono_literals;
+using testsupport::AnswerLater;
+using testsupport::waitUntil;
 
 // Waits in real time for the worker to finish the fetch.
 bool waitFor(const platform::UrlFetch& fetch, std::chrono::milliseconds limit = 10s) {
-    const auto until = std::chrono::steady_clock::now() + limit;
-    while (!fetch.finished() && std::chrono::steady_clock::now() < until) std::this_thread::sleep_for(2ms);
-    return fetch.finished();
+    return waitUntil([&] { return fetch.finished(); }, limit);
 }
 
 // Waits in real time for the server to see its first request.
 bool waitForRequest(const httptest::Server& server, std::chrono::milliseconds limit = 10s) {
-    const auto until = std::chrono::steady_clock::now() + limit;
-    while (server.requests().empty() && std::chrono::steady_clock::now() < until) std::this_thread::sleep_for(2ms);
-    return !server.requests().empty();
+    return waitUntil([&] { return !server.requests().empty(); }, limit);
 }
-
-// The test's clock for a server that holds its answers: it lets the
-// server answer after `limit`, unless the test is over first. A step that
-// waits for the network then ends at that moment instead of hanging the
-// test, and the test sees that the server answered before the step was
-// done; the limit is far longer than any step that does not wait.
-class AnswerLater {
-public:
-    AnswerLater(httptest::Server& server, std::chrono::milliseconds limit)
-        : thread_([this, &server, limit] {
-              std::unique_lock<std::mutex> hold(lock_);
-              if (!wake_.wait_for(hold, limit, [this] { return over_; })) server.release();
-          }) {}
-    ~AnswerLater() {
-        {
-            std::lock_guard<std::mutex> hold(lock_);
-            over_ = true;
-        }
-        wake_.notify_one();
-        thread_.join();
-    }
-    AnswerLater(const AnswerLater&) = delete;
-    AnswerLater& operator=(const AnswerLater&) = delete;
-
-private:
-    std::mutex lock_;
-    std::condition_variable wake_;
-    bool over_ = false;
-    std::thread thread_;
-};
 
 struct UrlFetchTest : ::testing::Test {
     ~UrlFetchTest() override { platform::stopUrlFetching(); }
@@ -237,9 +205,7 @@ TEST_F(UrlFetchTest, TheAskerMayLetGoFirst) {
         watch = fetch;
         fetch->abandon();
     }
-    const auto until = std::chrono::steady_clock::now() + 5s;
-    while (!watch.expired() && std::chrono::steady_clock::now() < until) std::this_thread::sleep_for(2ms);
-    EXPECT_TRUE(watch.expired());
+    EXPECT_TRUE(waitUntil([&] { return watch.expired(); }, 5s));
 }
 
 TEST(UrlFetchDeathTest, TheProcessEndsWhileAFetchWaits) {
@@ -251,10 +217,7 @@ TEST(UrlFetchDeathTest, TheProcessEndsWhileAFetchWaits) {
             httptest::Server server;
             server.beSilent();
             const auto fetch = platform::UrlFetch::start(server.url("/never"));
-            const auto until = std::chrono::steady_clock::now() + 5s;
-            while (server.requests().empty() && std::chrono::steady_clock::now() < until)
-                std::this_thread::sleep_for(1ms);
-            std::exit(server.requests().empty() ? 1 : 7);
+            std::exit(waitForRequest(server, 5s) ? 7 : 1);
         },
         ::testing::ExitedWithCode(7), "");
 }

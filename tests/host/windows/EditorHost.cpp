@@ -17,97 +17,26 @@
 // when the plug-in says it has no editor (a build that cannot read the
 // panel's PNG images), with nothing else run.
 #include <windows.h>
-#include <tlhelp32.h>
 
 #include <atomic>
-#include <cstdarg>
 #include <cstdint>
 #include <cstdio>
-#include <memory>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "patch/FactoryPatches.h"
-#include "patch/Preferences.h"
 #include "patch/ProgramText.h"
-#include "tests/host/HostPatch.h"
 #include "tests/host/PluginHost.h"
+#include "tests/host/windows/WinEditorHost.h"
+#include "tests/host/windows/WinTestSupport.h"
 
+using namespace wintest;
 using testhost::HostRecord;
 using testhost::Instance;
-using testhost::Library;
 
 namespace {
 
-constexpr int WIDTH = 384;
-constexpr int HEIGHT = 512;
 constexpr int VOLUME = 8;  // the parameter the bottom right slider drives
-// The main menu's button; the menu opens on the press.
-constexpr int MENU_X = 25, MENU_Y = 49;
-
-int failures = 0;
-
-void check(bool ok, const char* format, ...) {
-    if (ok) return;
-    ++failures;
-    std::va_list args;
-    va_start(args, format);
-    std::printf("FAILED: ");
-    std::vprintf(format, args);
-    std::printf("\n");
-    va_end(args);
-    std::fflush(stdout);
-}
-
-// Messages to the host's windows go nowhere in particular.
-LRESULT CALLBACK hostWindowProcedure(HWND hwnd, UINT message, WPARAM w, LPARAM l) {
-    return DefWindowProcW(hwnd, message, w, l);
-}
-
-HWND makeHostWindow(int x, int y) {
-    static const bool registered = [] {
-        WNDCLASSEXW c = {};
-        c.cbSize = sizeof c;
-        c.lpfnWndProc = &hostWindowProcedure;
-        c.hInstance = GetModuleHandleW(nullptr);
-        c.hCursor = LoadCursorW(nullptr, IDC_ARROW);
-        c.hbrBackground = static_cast<HBRUSH>(GetStockObject(WHITE_BRUSH));
-        c.lpszClassName = L"EditorHostFrame";
-        return RegisterClassExW(&c) != 0;
-    }();
-    if (!registered) return nullptr;
-    RECT r{0, 0, WIDTH, HEIGHT};
-    const DWORD style = WS_OVERLAPPED | WS_CAPTION | WS_SYSMENU | WS_CLIPCHILDREN;
-    AdjustWindowRect(&r, style, FALSE);
-    HWND hwnd = CreateWindowExW(0, L"EditorHostFrame", L"Editor host", style, x, y, r.right - r.left,
-                                r.bottom - r.top, nullptr, nullptr, GetModuleHandleW(nullptr), nullptr);
-    if (hwnd != nullptr) {
-        ShowWindow(hwnd, SW_SHOWNOACTIVATE);
-        UpdateWindow(hwnd);
-    }
-    return hwnd;
-}
-
-// The host's loop for a while: the messages of the thread, and the
-// editor's idle call every 10 ms, as a host's own timer makes it.
-void pumpFor(Instance* in, int ms) {
-    const ULONGLONG end = GetTickCount64() + ULONGLONG(ms);
-    ULONGLONG nextIdle = 0;
-    do {
-        MSG m;
-        while (PeekMessageW(&m, nullptr, 0, 0, PM_REMOVE)) {
-            TranslateMessage(&m);
-            DispatchMessageW(&m);
-        }
-        const ULONGLONG now = GetTickCount64();
-        if (in != nullptr && now >= nextIdle) {
-            in->call(effEditIdle);
-            nextIdle = now + 10;
-        }
-        MsgWaitForMultipleObjects(0, nullptr, FALSE, 2, QS_ALLINPUT);
-    } while (GetTickCount64() < end);
-}
 
 BOOL CALLBACK countChild(HWND, LPARAM count) {
     ++*reinterpret_cast<int*>(count);
@@ -117,19 +46,6 @@ BOOL CALLBACK countChild(HWND, LPARAM count) {
 int childWindows(HWND parent) {
     int n = 0;
     EnumChildWindows(parent, &countChild, reinterpret_cast<LPARAM>(&n));
-    return n;
-}
-
-// The threads of this process.
-int threadCount() {
-    HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
-    if (snapshot == INVALID_HANDLE_VALUE) return -1;
-    THREADENTRY32 e = {};
-    e.dwSize = sizeof e;
-    int n = 0;
-    for (BOOL more = Thread32First(snapshot, &e); more; more = Thread32Next(snapshot, &e))
-        if (e.th32OwnerProcessID == GetCurrentProcessId()) ++n;
-    CloseHandle(snapshot);
     return n;
 }
 
@@ -169,28 +85,6 @@ struct Counts {
 Counts counts() {
     return {threadWindows(), threadCount(), handleCount(), int(GetGuiResources(GetCurrentProcess(), GR_GDIOBJECTS)),
             int(GetGuiResources(GetCurrentProcess(), GR_USEROBJECTS)), nextHandle()};
-}
-
-BOOL CALLBACK firstChild(HWND hwnd, LPARAM found) {
-    *reinterpret_cast<HWND*>(found) = hwnd;
-    return FALSE;
-}
-
-HWND editorWindow(HWND parent) {
-    HWND found = nullptr;
-    EnumChildWindows(parent, &firstChild, reinterpret_cast<LPARAM>(&found));
-    return found;
-}
-
-void post(HWND w, UINT message, WPARAM keys, int x, int y) {
-    PostMessageW(w, message, keys, MAKELPARAM(x, y));
-}
-
-void click(Instance& in, HWND w, int x, int y) {
-    post(w, WM_LBUTTONDOWN, MK_LBUTTON, x, y);
-    pumpFor(&in, 30);
-    post(w, WM_LBUTTONUP, 0, x, y);
-    pumpFor(&in, 30);
 }
 
 void drag(Instance& in, HWND w, int x1, int y1, int x2, int y2, int steps) {
@@ -246,114 +140,52 @@ bool writePpm(const char* path, const std::vector<unsigned char>& rgb) {
     return std::fclose(f) == 0 && ok;
 }
 
-// Watches the process's top-level windows from a thread of its own: a
-// popup menu gets the access key it is expected to get, once; any other
-// menu, and every dialog, is counted, reported and closed.
+// The process's menus and dialogs, watched: a popup menu gets the access
+// key it is expected to get, once; any other menu, and every dialog, is
+// counted, reported and closed.
 class DialogWatch {
 public:
-    DialogWatch() : thread_([this] { run(); }) {}
-    ~DialogWatch() {
-        stop_.store(true);
-        thread_.join();
-    }
-    DialogWatch(const DialogWatch&) = delete;
-    DialogWatch& operator=(const DialogWatch&) = delete;
-
     // The next menu gets this key.
     void expectMenu(wchar_t key) { key_.store(key); }
     int menusAnswered() const { return answered_.load(); }
     int unexpected() const { return unexpected_.load(); }
 
 private:
-    static BOOL CALLBACK visit(HWND hwnd, LPARAM self) {
-        reinterpret_cast<DialogWatch*>(self)->look(hwnd);
-        return TRUE;
-    }
-
-    void run() {
-        while (!stop_.load()) {
-            // A menu that closed was handled; the next may get its handle.
-            if (handled_ != nullptr && !IsWindowVisible(handled_)) handled_ = nullptr;
-            EnumWindows(&visit, reinterpret_cast<LPARAM>(this));
-            Sleep(20);
-        }
-    }
-
-    void look(HWND hwnd) {
-        DWORD process = 0;
-        GetWindowThreadProcessId(hwnd, &process);
-        if (process != GetCurrentProcessId() || !IsWindowVisible(hwnd) || hwnd == handled_) return;
-        wchar_t name[64] = {};
-        GetClassNameW(hwnd, name, 64);
-        if (std::wstring(name) == L"#32768") {
-            handled_ = hwnd;
-            const wchar_t key = key_.exchange(0);
-            if (key != 0) {
-                PostMessageW(hwnd, WM_CHAR, key, 0);
-                answered_.fetch_add(1);
-            } else {
-                std::printf("FAILED: a popup menu opened that nothing asked for\n");
-                unexpected_.fetch_add(1);
-                PostMessageW(hwnd, WM_KEYDOWN, VK_ESCAPE, 0);
-            }
-        } else if (std::wstring(name) == L"#32770") {
-            handled_ = hwnd;
-            wchar_t title[256] = {};
-            GetWindowTextW(hwnd, title, 256);
-            std::printf("FAILED: a dialog opened: %ls\n", title);
+    void menu(HWND hwnd) {
+        const wchar_t key = key_.exchange(0);
+        if (key != 0) {
+            PostMessageW(hwnd, WM_CHAR, key, 0);
+            answered_.fetch_add(1);
+        } else {
+            std::printf("FAILED: a popup menu opened that nothing asked for\n");
             unexpected_.fetch_add(1);
-            PostMessageW(hwnd, WM_COMMAND, IDCANCEL, 0);
-            PostMessageW(hwnd, WM_COMMAND, IDOK, 0);
+            PostMessageW(hwnd, WM_KEYDOWN, VK_ESCAPE, 0);
         }
     }
 
-    std::atomic<bool> stop_{false};
+    void dialog(HWND hwnd) {
+        std::printf("FAILED: a dialog opened: %ls\n", windowText(hwnd).c_str());
+        unexpected_.fetch_add(1);
+        PostMessageW(hwnd, WM_COMMAND, IDCANCEL, 0);
+        PostMessageW(hwnd, WM_COMMAND, IDOK, 0);
+    }
+
     std::atomic<wchar_t> key_{0};
     std::atomic<int> answered_{0}, unexpected_{0};
-    HWND handled_ = nullptr;  // the watching thread's alone
-    std::thread thread_;
+    WindowWatch watch_{[this](HWND hwnd) { menu(hwnd); }, [this](HWND hwnd) { dialog(hwnd); }};
 };
 
 // The Windows clipboard's text, as UTF-8 bytes as they are ("\r\n" kept).
-std::string clipboardText(HWND owner) {
-    std::string text;
-    if (!OpenClipboard(owner)) return text;
-    if (HANDLE data = GetClipboardData(CF_UNICODETEXT)) {
-        if (const auto* units = static_cast<const wchar_t*>(GlobalLock(data))) {
-            const int n = WideCharToMultiByte(CP_UTF8, 0, units, -1, nullptr, 0, nullptr, nullptr);
-            if (n > 1) {
-                text.resize(std::size_t(n));
-                WideCharToMultiByte(CP_UTF8, 0, units, -1, text.data(), n, nullptr, nullptr);
-                text.resize(std::size_t(n - 1));
-            }
-            GlobalUnlock(data);
-        }
-    }
-    CloseClipboard();
-    return text;
-}
+std::string clipboardText(HWND owner) { return utf8(clipboardUnits(owner).value_or(L"")); }
 
 // Puts text on the clipboard as a Windows program does: UTF-16, "\r\n".
-bool putOnClipboard(HWND owner, const std::string& utf8) {
+bool putTextOnClipboard(HWND owner, const std::string& text) {
     std::string crlf;
-    for (char c : utf8) {
+    for (char c : text) {
         if (c == '\n') crlf += '\r';
         crlf += c;
     }
-    const int n = MultiByteToWideChar(CP_UTF8, 0, crlf.c_str(), -1, nullptr, 0);
-    HGLOBAL block = GlobalAlloc(GMEM_MOVEABLE, std::size_t(n) * sizeof(wchar_t));
-    if (block == nullptr) return false;
-    MultiByteToWideChar(CP_UTF8, 0, crlf.c_str(), -1, static_cast<wchar_t*>(GlobalLock(block)), n);
-    GlobalUnlock(block);
-    if (!OpenClipboard(owner)) {
-        GlobalFree(block);
-        return false;
-    }
-    EmptyClipboard();
-    const bool ok = SetClipboardData(CF_UNICODETEXT, block) != nullptr;
-    if (!ok) GlobalFree(block);
-    CloseClipboard();
-    return ok;
+    return putOnClipboard(owner, utf16(crlf));
 }
 
 std::string programName(Instance& in) {
@@ -363,14 +195,6 @@ std::string programName(Instance& in) {
 }
 
 std::string narrow(const std::u16string& text) { return std::string(text.begin(), text.end()); }
-
-std::unique_ptr<Instance> instanceWith(const NorvelleProgram& program) {
-    auto in = std::make_unique<Instance>(Library::get(nullptr).pluginMain, 44100.0f, 512);
-    if (!in->effect) return in;
-    std::vector<uint8_t> chunk = testhost::programChunk(program);
-    in->call(effSetChunk, 1, static_cast<VstIntPtr>(chunk.size()), chunk.data());
-    return in;
-}
 
 float volume(Instance& in) { return in.effect->getParameter(in.effect, VOLUME); }
 
@@ -477,7 +301,7 @@ void menuAndClipboard(Instance& in, HWND host, DialogWatch& watch) {
     }
 
     const NorvelleProgram other = factoryProgram(3);
-    check(putOnClipboard(host, writeProgramText(other, false)), "could not put a patch on the clipboard");
+    check(putTextOnClipboard(host, writeProgramText(other, false)), "could not put a patch on the clipboard");
     watch.expectMenu(L'p');
     click(in, w, MENU_X, MENU_Y);
     pumpFor(&in, 200);
@@ -486,7 +310,7 @@ void menuAndClipboard(Instance& in, HWND host, DialogWatch& watch) {
     check(programName(in) == narrow(other.getName()), "Paste Patch did not take the patch from the clipboard");
 
     const std::string pasted = programName(in);
-    check(putOnClipboard(host, "just some words"), "could not put text on the clipboard");
+    check(putTextOnClipboard(host, "just some words"), "could not put text on the clipboard");
     watch.expectMenu(L'p');
     click(in, w, MENU_X, MENU_Y);
     pumpFor(&in, 200);
@@ -590,39 +414,14 @@ void hostWindowGoneFirst() {
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 4) {
-        std::fprintf(stderr, "usage: editor_host PLUGIN OPENED.ppm GESTURES.ppm\n");
-        return 2;
-    }
-    setvbuf(stdout, nullptr, _IONBF, 0);
-    // A returning player's machine, as the headless panel it is compared
-    // with: the tutorial has been finished and does not open by itself.
-    Preferences::write("completedTutorial", "true");
-    Library& library = Library::get(argv[1]);
-    if (!library.pluginMain) {
-        std::printf("FAILED: no entry point in %s: %s\n", argv[1], library.error.c_str());
-        return 1;
-    }
-    // The real mouse stays far from the windows: only the messages sent
-    // here move the editor's mouse.
-    SetCursorPos(1200, 1000);
-    HWND host = makeHostWindow(0, 0);
-    if (host == nullptr) {
-        std::printf("FAILED: no host window\n");
-        return 1;
-    }
+    if (!calledWith(argc, 3, "editor_host PLUGIN OPENED.ppm GESTURES.ppm")) return 2;
+    HWND host = startEditorHost(argv[1]);
+    if (host == nullptr) return 1;
     pumpFor(nullptr, 100);
     DialogWatch watch;
     {
         auto in = instanceWith(factoryProgram(0));
-        if (!in->effect) {
-            std::printf("FAILED: the plug-in made no instance\n");
-            return 1;
-        }
-        if ((in->effect->flags & effFlagsHasEditor) == 0) {
-            std::printf("no editor: the plug-in says it has none\n");
-            return 77;
-        }
+        if (const int status = editorMissing(*in)) return status;
         sizeAndWindow(*in, host);
         gestures(*in, host, argv[2], argv[3]);
         hundredTimes(*in, host);
@@ -635,6 +434,6 @@ int main(int argc, char** argv) {
     hostWindowGoneFirst();
     DestroyWindow(host);
     check(watch.unexpected() == 0, "%d menus or dialogs opened that nothing asked for", watch.unexpected());
-    std::printf("%s: %d failed checks\n", failures == 0 ? "passed" : "FAILED", failures);
-    return failures;
+    std::printf("%s: %d failed checks\n", failedChecks() == 0 ? "passed" : "FAILED", failedChecks());
+    return failedChecks();
 }

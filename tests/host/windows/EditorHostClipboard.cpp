@@ -9,53 +9,18 @@
 #include <windows.h>
 
 #include <cstdio>
-#include <cstring>
+#include <optional>
 #include <string>
 
 #include "plugin/Win32Clipboard_win32.h"
+#include "tests/host/windows/WinTestSupport.h"
+
+using namespace wintest;
 
 namespace {
 
-int failures = 0;
-
-void check(bool ok, const char* what) {
-    if (ok) return;
-    ++failures;
-    std::printf("FAILED: %s\n", what);
-}
-
 // The clipboard's text as another program reads it.
-std::wstring readRaw(HWND owner) {
-    std::wstring text;
-    if (!OpenClipboard(owner)) return L"<not opened>";
-    if (HANDLE data = GetClipboardData(CF_UNICODETEXT)) {
-        if (const auto* p = static_cast<const wchar_t*>(GlobalLock(data))) {
-            text = p;
-            GlobalUnlock(data);
-        }
-    } else {
-        text = L"<no text>";
-    }
-    CloseClipboard();
-    return text;
-}
-
-// Text put there by another program.
-bool writeRaw(HWND owner, const std::wstring& text) {
-    HGLOBAL block = GlobalAlloc(GMEM_MOVEABLE, (text.size() + 1) * sizeof(wchar_t));
-    if (block == nullptr) return false;
-    std::memcpy(GlobalLock(block), text.c_str(), (text.size() + 1) * sizeof(wchar_t));
-    GlobalUnlock(block);
-    if (!OpenClipboard(owner)) {
-        GlobalFree(block);
-        return false;
-    }
-    EmptyClipboard();
-    const bool ok = SetClipboardData(CF_UNICODETEXT, block) != nullptr;
-    if (!ok) GlobalFree(block);
-    CloseClipboard();
-    return ok;
-}
+std::wstring readRaw(HWND owner) { return clipboardUnits(owner).value_or(L"<no text>"); }
 
 }  // namespace
 
@@ -77,7 +42,7 @@ int main() {
     check(back && *back == "Tendrane {\n\tName: \"Gr\xC3\xBCn \xE2\x99\xAB\"\n}\n", "the text read back differs");
 
     // In from another program, with a character beyond the first plane.
-    check(writeRaw(owner, L"one\r\ntwo \U0001D11E"), "could not put text on the clipboard");
+    check(putOnClipboard(owner, L"one\r\ntwo \U0001D11E"), "could not put text on the clipboard");
     const std::optional<std::string> other = clipboard.read();
     check(other && *other == "one\ntwo \xF0\x9D\x84\x9E", "another program's text reads wrong");
 
@@ -93,6 +58,6 @@ int main() {
     check(!clipboard.read().has_value(), "an empty clipboard reads as text");
 
     if (owner != nullptr) DestroyWindow(owner);
-    std::printf("%s: %d failed checks\n", failures == 0 ? "passed" : "FAILED", failures);
-    return failures;
+    std::printf("%s: %d failed checks\n", failedChecks() == 0 ? "passed" : "FAILED", failedChecks());
+    return failedChecks();
 }

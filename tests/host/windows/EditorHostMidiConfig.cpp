@@ -16,93 +16,29 @@
 #include <windows.h>
 
 #include <atomic>
-#include <cstdarg>
 #include <cstdio>
 #include <functional>
-#include <memory>
 #include <mutex>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "patch/Chunk.h"
 #include "patch/FactoryPatches.h"
 #include "patch/MidiConfigText.h"
 #include "patch/Preferences.h"
-#include "tests/host/HostPatch.h"
 #include "tests/host/PluginHost.h"
+#include "tests/host/windows/WinEditorHost.h"
+#include "tests/host/windows/WinTestSupport.h"
 
+using namespace wintest;
 using testhost::Instance;
-using testhost::Library;
 
 namespace {
 
-constexpr int WIDTH = 384;
-constexpr int HEIGHT = 512;
-constexpr int MENU_X = 25, MENU_Y = 49;  // the main menu's button
 // The controls' numbers in the dialog, as the dialog's template has them.
 constexpr int INPUT_CHANNEL = 1101, PITCH_WHEEL = 1103, VELOCITY_CURVE = 1104;
 constexpr int PROGRAM_CHANGES = 1201;
 constexpr int RESET = 1001, MAKE_DEFAULT = 1004;
-
-std::atomic<int> failures{0};
-
-void check(bool ok, const char* format, ...) {
-    if (ok) return;
-    ++failures;
-    std::va_list args;
-    va_start(args, format);
-    std::printf("FAILED: ");
-    std::vprintf(format, args);
-    std::printf("\n");
-    va_end(args);
-    std::fflush(stdout);
-}
-
-LRESULT CALLBACK hostWindowProcedure(HWND hwnd, UINT message, WPARAM w, LPARAM l) {
-    return DefWindowProcW(hwnd, message, w, l);
-}
-
-HWND makeHostWindow() {
-    WNDCLASSEXW c = {};
-    c.cbSize = sizeof c;
-    c.lpfnWndProc = &hostWindowProcedure;
-    c.hInstance = GetModuleHandleW(nullptr);
-    c.hCursor = LoadCursorW(nullptr, IDC_ARROW);
-    c.hbrBackground = static_cast<HBRUSH>(GetStockObject(WHITE_BRUSH));
-    c.lpszClassName = L"MidiConfigHostFrame";
-    if (RegisterClassExW(&c) == 0) return nullptr;
-    RECT r{0, 0, WIDTH, HEIGHT};
-    const DWORD style = WS_OVERLAPPED | WS_CAPTION | WS_SYSMENU | WS_CLIPCHILDREN;
-    AdjustWindowRect(&r, style, FALSE);
-    HWND hwnd = CreateWindowExW(0, L"MidiConfigHostFrame", L"Editor host", style, 0, 0, r.right - r.left,
-                                r.bottom - r.top, nullptr, nullptr, GetModuleHandleW(nullptr), nullptr);
-    if (hwnd != nullptr) ShowWindow(hwnd, SW_SHOWNOACTIVATE);
-    return hwnd;
-}
-
-// The host's loop: the thread's messages, and the editor's idle call every
-// 10 ms, until `until` says so or the time is up.
-void pumpFor(Instance* in, int ms, const std::function<bool()>& until = {}) {
-    const ULONGLONG end = GetTickCount64() + ULONGLONG(ms);
-    ULONGLONG nextIdle = 0;
-    do {
-        MSG m;
-        while (PeekMessageW(&m, nullptr, 0, 0, PM_REMOVE)) {
-            TranslateMessage(&m);
-            DispatchMessageW(&m);
-        }
-        const ULONGLONG now = GetTickCount64();
-        if (in != nullptr && now >= nextIdle) {
-            in->call(effEditIdle);
-            nextIdle = now + 10;
-        }
-        if (until && until()) return;
-        MsgWaitForMultipleObjects(0, nullptr, FALSE, 2, QS_ALLINPUT);
-    } while (GetTickCount64() < end);
-}
-
-HWND editorWindow(HWND parent) { return GetWindow(parent, GW_CHILD); }
 
 // The instance's MIDI configuration, as the host's chunk of the bank keeps it.
 MidiConfigRecord storedConfig(Instance& in) {
@@ -121,32 +57,19 @@ MidiConfigRecord storedConfig(Instance& in) {
     }
 }
 
-std::wstring textOf(HWND w) {
-    wchar_t text[256] = {};
-    GetWindowTextW(w, text, 256);
-    return text;
-}
-
-std::string narrow(const std::wstring& text) {
-    const int n = WideCharToMultiByte(CP_UTF8, 0, text.c_str(), -1, nullptr, 0, nullptr, nullptr);
-    std::string out(std::size_t(n > 0 ? n : 1), '\0');
-    WideCharToMultiByte(CP_UTF8, 0, text.c_str(), -1, out.data(), n, nullptr, nullptr);
-    out.resize(out.size() - 1);
-    return out;
-}
-
 // The dialog's controls in order (the order the tab key visits them), as
 // their texts: a drop-down list's text is the value it shows.
 std::vector<std::wstring> controlTexts(HWND dialog) {
     std::vector<std::wstring> texts;
-    for (HWND c = GetWindow(dialog, GW_CHILD); c != nullptr; c = GetWindow(c, GW_HWNDNEXT)) texts.push_back(textOf(c));
+    for (HWND c = GetWindow(dialog, GW_CHILD); c != nullptr; c = GetWindow(c, GW_HWNDNEXT))
+        texts.push_back(windowText(c));
     return texts;
 }
 
 void checkTexts(HWND dialog, const std::vector<std::wstring>& expected, const char* when) {
     const std::vector<std::wstring> shown = controlTexts(dialog);
     std::string line;
-    for (const std::wstring& t : shown) line += (line.empty() ? "" : " | ") + narrow(t);
+    for (const std::wstring& t : shown) line += (line.empty() ? "" : " | ") + utf8(t);
     std::printf("dialog %s: %s\n", when, line.c_str());
     check(shown == expected, "the dialog %s shows other controls or texts than expected", when);
 }
@@ -182,9 +105,7 @@ struct Found {
 
 BOOL CALLBACK findBox(HWND hwnd, LPARAM found) {
     auto* f = reinterpret_cast<Found*>(found);
-    wchar_t name[64] = {};
-    GetClassNameW(hwnd, name, 64);
-    if (hwnd == f->except || !IsWindowVisible(hwnd) || std::wstring(name) != L"#32770") return TRUE;
+    if (hwnd == f->except || !IsWindowVisible(hwnd) || windowClass(hwnd) != L"#32770") return TRUE;
     f->box = hwnd;
     return FALSE;
 }
@@ -192,11 +113,8 @@ BOOL CALLBACK findBox(HWND hwnd, LPARAM found) {
 // The texts of a message box's static controls, joined.
 std::wstring boxText(HWND box) {
     std::wstring text;
-    for (HWND c = GetWindow(box, GW_CHILD); c != nullptr; c = GetWindow(c, GW_HWNDNEXT)) {
-        wchar_t name[64] = {};
-        GetClassNameW(c, name, 64);
-        if (std::wstring(name) == L"Static") text += textOf(c);
-    }
+    for (HWND c = GetWindow(box, GW_CHILD); c != nullptr; c = GetWindow(c, GW_HWNDNEXT))
+        if (windowClass(c) == L"Static") text += windowText(c);
     return text;
 }
 
@@ -214,9 +132,10 @@ void makeDefault(HWND dialog) {
     check(found.box != nullptr, "Make Default showed no message box");
     if (found.box == nullptr) return;
     const std::wstring text = boxText(found.box);
-    std::printf("Make Default: \"%s\" in a box titled \"%s\"\n", narrow(text).c_str(), narrow(textOf(found.box)).c_str());
+    std::printf("Make Default: \"%s\" in a box titled \"%s\"\n", utf8(text).c_str(),
+                utf8(windowText(found.box)).c_str());
     check(text == L"The current MIDI configuration has been made default.", "Make Default's box says something else");
-    check(textOf(found.box) == L"Tendrane", "Make Default's box has another title");
+    check(windowText(found.box) == L"Tendrane", "Make Default's box has another title");
     check(GetWindow(found.box, GW_OWNER) == dialog, "Make Default's box is not owned by the dialog");
     PostMessageW(found.box, WM_COMMAND, IDOK, 0);
     const ULONGLONG gone = GetTickCount64() + 10000;
@@ -224,19 +143,11 @@ void makeDefault(HWND dialog) {
     check(!IsWindow(found.box), "Make Default's box did not close");
 }
 
-// Watches the process's top-level windows from a thread of its own: the
-// main menu gets the access key of "MIDI Config...", and the dialog that
-// opens is handed to the test's steps, once. Anything else is a failure.
+// The process's menus and dialogs, watched: the main menu gets the access
+// key of "MIDI Config...", and the dialog that opens is handed to the
+// test's steps, once. Anything else is a failure.
 class DialogDriver {
 public:
-    DialogDriver() : thread_([this] { run(); }) {}
-    ~DialogDriver() {
-        stop_.store(true);
-        thread_.join();
-    }
-    DialogDriver(const DialogDriver&) = delete;
-    DialogDriver& operator=(const DialogDriver&) = delete;
-
     // The next menu gets 'm'; the dialog that opens then gets `steps`.
     void expect(std::function<void(HWND)> steps) {
         std::lock_guard<std::mutex> hold(lock_);
@@ -248,67 +159,43 @@ public:
     bool done() const { return done_.load(); }
 
 private:
-    static BOOL CALLBACK visit(HWND hwnd, LPARAM self) {
-        reinterpret_cast<DialogDriver*>(self)->look(hwnd);
-        return TRUE;
-    }
-
-    void run() {
-        while (!stop_.load()) {
-            if (handled_ != nullptr && !IsWindow(handled_)) handled_ = nullptr;
-            if (handled_ != nullptr && !IsWindowVisible(handled_)) handled_ = nullptr;
-            EnumWindows(&visit, reinterpret_cast<LPARAM>(this));
-            Sleep(20);
+    void menu(HWND hwnd) {
+        std::lock_guard<std::mutex> hold(lock_);
+        if (steps_ && !menuAnswered_.load()) {
+            PostMessageW(hwnd, WM_CHAR, L'm', 0);
+            menuAnswered_.store(true);
+        } else {
+            check(false, "a popup menu opened that nothing asked for");
+            PostMessageW(hwnd, WM_KEYDOWN, VK_ESCAPE, 0);
         }
     }
 
-    void look(HWND hwnd) {
-        DWORD process = 0;
-        GetWindowThreadProcessId(hwnd, &process);
-        if (process != GetCurrentProcessId() || !IsWindowVisible(hwnd) || hwnd == handled_) return;
-        wchar_t name[64] = {};
-        GetClassNameW(hwnd, name, 64);
-        if (std::wstring(name) == L"#32768") {
-            handled_ = hwnd;
+    void dialog(HWND hwnd) {
+        std::function<void(HWND)> steps;
+        {
             std::lock_guard<std::mutex> hold(lock_);
-            if (steps_ && !menuAnswered_.load()) {
-                PostMessageW(hwnd, WM_CHAR, L'm', 0);
-                menuAnswered_.store(true);
-            } else {
-                check(false, "a popup menu opened that nothing asked for");
-                PostMessageW(hwnd, WM_KEYDOWN, VK_ESCAPE, 0);
-            }
-        } else if (std::wstring(name) == L"#32770") {
-            handled_ = hwnd;
-            std::function<void(HWND)> steps;
-            {
-                std::lock_guard<std::mutex> hold(lock_);
-                steps.swap(steps_);
-            }
-            if (steps && textOf(hwnd) == L"MIDI Config") {
-                steps(hwnd);
-                done_.store(true);
-            } else {
-                check(false, "a dialog opened: %s", narrow(textOf(hwnd)).c_str());
-                PostMessageW(hwnd, WM_COMMAND, IDCANCEL, 0);
-            }
+            steps.swap(steps_);
+        }
+        if (steps && windowText(hwnd) == L"MIDI Config") {
+            steps(hwnd);
+            done_.store(true);
+        } else {
+            check(false, "a dialog opened: %s", utf8(windowText(hwnd)).c_str());
+            PostMessageW(hwnd, WM_COMMAND, IDCANCEL, 0);
         }
     }
 
     std::mutex lock_;
     std::function<void(HWND)> steps_;  // under lock_
-    std::atomic<bool> stop_{false}, menuAnswered_{false}, done_{false};
-    HWND handled_ = nullptr;  // the watching thread's alone
-    std::thread thread_;
+    std::atomic<bool> menuAnswered_{false}, done_{false};
+    WindowWatch watch_{[this](HWND hwnd) { menu(hwnd); }, [this](HWND hwnd) { dialog(hwnd); }};
 };
 
 // Opens the dialog from the main menu and lets the driver take it through
 // `steps`.
 void throughTheDialog(Instance& in, HWND editor, DialogDriver& driver, std::function<void(HWND)> steps) {
     driver.expect(std::move(steps));
-    PostMessageW(editor, WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(MENU_X, MENU_Y));
-    pumpFor(&in, 30);
-    PostMessageW(editor, WM_LBUTTONUP, 0, MAKELPARAM(MENU_X, MENU_Y));
+    click(in, editor, MENU_X, MENU_Y);
     pumpFor(&in, 20000, [&] { return driver.done(); });
     check(driver.menuAnswered(), "the main menu did not open as a popup menu");
     check(driver.done(), "no MIDI configuration dialog of the system's opened from the main menu");
@@ -374,36 +261,12 @@ void cancelPutsBack(Instance& in, HWND editor, DialogDriver& driver) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 2) {
-        std::fprintf(stderr, "usage: editor_midi_config PLUGIN\n");
-        return 2;
-    }
-    setvbuf(stdout, nullptr, _IONBF, 0);
-    // The tutorial has been finished and does not open by itself.
-    Preferences::write("completedTutorial", "true");
-    Library& library = Library::get(argv[1]);
-    if (!library.pluginMain) {
-        std::printf("FAILED: no entry point in %s: %s\n", argv[1], library.error.c_str());
-        return 1;
-    }
-    SetCursorPos(1200, 1000);
-    HWND host = makeHostWindow();
-    if (host == nullptr) {
-        std::printf("FAILED: no host window\n");
-        return 1;
-    }
+    if (!calledWith(argc, 1, "editor_midi_config PLUGIN")) return 2;
+    HWND host = startEditorHost(argv[1]);
+    if (host == nullptr) return 1;
     {
-        auto in = std::make_unique<Instance>(library.pluginMain, 44100.0f, 512);
-        if (!in->effect) {
-            std::printf("FAILED: the plug-in made no instance\n");
-            return 1;
-        }
-        if ((in->effect->flags & effFlagsHasEditor) == 0) {
-            std::printf("no editor: the plug-in says it has none\n");
-            return 77;
-        }
-        std::vector<uint8_t> chunk = testhost::programChunk(factoryProgram(0));
-        in->call(effSetChunk, 1, static_cast<VstIntPtr>(chunk.size()), chunk.data());
+        auto in = instanceWith(factoryProgram(0));
+        if (const int status = editorMissing(*in)) return status;
         check(in->call(effEditOpen, 0, 0, host) == 1, "effEditOpen failed");
         pumpFor(in.get(), 300);
         const HWND editor = editorWindow(host);
@@ -417,6 +280,6 @@ int main(int argc, char** argv) {
         pumpFor(nullptr, 50);
     }
     DestroyWindow(host);
-    if (failures == 0) std::printf("passed: the MIDI configuration dialog\n");
-    return failures.load();
+    if (failedChecks() == 0) std::printf("passed: the MIDI configuration dialog\n");
+    return failedChecks();
 }

@@ -13,47 +13,25 @@
 #include <winsock2.h>
 #include <ws2tcpip.h>
 #include <windows.h>
-#include <tlhelp32.h>
 
 #include <atomic>
 #include <chrono>
-#include <condition_variable>
-#include <cstdarg>
 #include <cstdio>
-#include <functional>
-#include <mutex>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "platform/UrlFetch.h"
+#include "tests/host/windows/WinTestSupport.h"
+#include "tests/support/AnswerLater.h"
+#include "tests/support/WaitUntil.h"
+
+using namespace std::chrono_literals;
+using namespace wintest;
+using testsupport::AnswerLater;
+using testsupport::waitUntil;
 
 namespace {
-
-int failures = 0;
-
-void check(bool ok, const char* format, ...) {
-    if (ok) return;
-    ++failures;
-    std::va_list args;
-    va_start(args, format);
-    std::printf("FAILED: ");
-    std::vprintf(format, args);
-    std::printf("\n");
-    va_end(args);
-}
-
-int threadCount() {
-    HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
-    if (snapshot == INVALID_HANDLE_VALUE) return -1;
-    THREADENTRY32 e = {};
-    e.dwSize = sizeof e;
-    int n = 0;
-    for (BOOL more = Thread32First(snapshot, &e); more; more = Thread32Next(snapshot, &e))
-        if (e.th32OwnerProcessID == GetCurrentProcessId()) ++n;
-    CloseHandle(snapshot);
-    return n;
-}
 
 // A server on 127.0.0.1 that reads each request and answers it only once
 // released: the answers held back go out then.
@@ -122,37 +100,6 @@ private:
     std::thread thread_;
 };
 
-// The test's clock: lets the server answer after `limit`, unless the test
-// step is over first.
-class AnswerLater {
-public:
-    AnswerLater(HoldingServer& server, std::chrono::milliseconds limit)
-        : thread_([this, &server, limit] {
-              std::unique_lock<std::mutex> hold(lock_);
-              if (!wake_.wait_for(hold, limit, [this] { return over_; })) server.release();
-          }) {}
-    ~AnswerLater() {
-        {
-            std::lock_guard<std::mutex> hold(lock_);
-            over_ = true;
-        }
-        wake_.notify_one();
-        thread_.join();
-    }
-
-private:
-    std::mutex lock_;
-    std::condition_variable wake_;
-    bool over_ = false;
-    std::thread thread_;
-};
-
-bool waitUntil(const std::function<bool()>& done, int ms) {
-    const ULONGLONG end = GetTickCount64() + ULONGLONG(ms);
-    while (!done() && GetTickCount64() < end) Sleep(5);
-    return done();
-}
-
 }  // namespace
 
 int main() {
@@ -169,10 +116,10 @@ int main() {
         options.connectTimeoutMs = 120000;
         options.totalTimeoutMs = 120000;
         const auto fetch = platform::UrlFetch::start(server.url("/tdversioncheck?v=3"), options);
-        check(waitUntil([&] { return server.requests() > 0; }, 10000), "the request never reached the server");
+        check(waitUntil([&] { return server.requests() > 0; }, 10s), "the request never reached the server");
         check(!fetch->finished(), "the fetch ended before the server answered");
         {
-            AnswerLater clock(server, std::chrono::seconds(10));
+            AnswerLater clock(server, 10s);
             const ULONGLONG before = GetTickCount64();
             platform::stopUrlFetching();
             const bool first = !server.released();
@@ -186,7 +133,7 @@ int main() {
         // What is left of the request ends once the server answers, and its
         // answer is dropped.
         server.release();
-        const bool gone = waitUntil([&] { return threadCount() <= threadsBefore + 1; }, 10000);
+        const bool gone = waitUntil([&] { return threadCount() <= threadsBefore + 1; }, 10s);
         std::printf("threads: %d before, %d after the server answered\n", threadsBefore, threadCount());
         check(gone, "the request's thread did not end after the server answered");
         check(fetch->failure() == "Internet error: cancelled" && fetch->body().empty(),
@@ -194,13 +141,13 @@ int main() {
 
         // The server answers at once now; a new fetch starts the worker again.
         const auto again = platform::UrlFetch::start(server.url("/again"));
-        check(waitUntil([&] { return again->finished(); }, 20000), "the fetch after stopping did not end");
+        check(waitUntil([&] { return again->finished(); }, 20s), "the fetch after stopping did not end");
         check(again->succeeded() && again->body() == "late", "the fetch after stopping did not get the answer: %s",
               again->failure().c_str());
         platform::stopUrlFetching();
     }
     check(threadCount() <= threadsBefore, "threads grew from %d to %d", threadsBefore, threadCount());
     WSACleanup();
-    if (failures == 0) std::printf("passed: the fetch worker stops without waiting for the network\n");
-    return failures;
+    if (failedChecks() == 0) std::printf("passed: the fetch worker stops without waiting for the network\n");
+    return failedChecks();
 }
