@@ -99,7 +99,14 @@ struct Lanes {
     Lanes() = default;
     // Every lane the same value.
     TENDRANE_LANES_INLINE Lanes(float x) {  // a constant stands for all its lanes
-        for (int k = 0; k < W; ++k) v[k] = x;
+        // Written as one value for all lanes, so it is one broadcast and not
+        // W inserts one after the other.
+        if constexpr (Storage::vector && W == 4)
+            v = typename Storage::Floats{x, x, x, x};
+        else if constexpr (Storage::vector && W == 8)
+            v = typename Storage::Floats{x, x, x, x, x, x, x, x};
+        else
+            for (int k = 0; k < W; ++k) v[k] = x;
     }
     // 0, 1, 2... : the lanes' own positions.
     TENDRANE_LANES_INLINE static Lanes ramp() {
@@ -110,6 +117,18 @@ struct Lanes {
     TENDRANE_LANES_INLINE static Lanes load(const float* p) {
         Lanes r;
         std::memcpy(&r.v, p, sizeof r.v);
+        return r;
+    }
+    // W values worked out one by one, as one value of W lanes: the compiler
+    // puts them together pairwise in registers, not one insert after another.
+    TENDRANE_LANES_INLINE static Lanes of(const float (&x)[W]) {
+        Lanes r;
+        if constexpr (Storage::vector && W == 4)
+            r.v = typename Storage::Floats{x[0], x[1], x[2], x[3]};
+        else if constexpr (Storage::vector && W == 8)
+            r.v = typename Storage::Floats{x[0], x[1], x[2], x[3], x[4], x[5], x[6], x[7]};
+        else
+            std::memcpy(&r.v, x, sizeof r.v);
         return r;
     }
     TENDRANE_LANES_INLINE void store(float* p) const { std::memcpy(p, &v, sizeof v); }

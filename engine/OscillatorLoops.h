@@ -41,7 +41,7 @@ TENDRANE_LANES_INLINE void oscillatorALoop(const VoiceAJob* const* jobs, Put put
                 phase[v] = phase[v] + step[i + k];
                 if ((i + k) % 4 == 3) phase[v] = phase[v] - std::floor(phase[v]);
             }
-            p[v] = L::load(at);
+            p[v] = L::of(at);
         }
 #pragma GCC unroll 4
         for (int v = 0; v < V; ++v)

@@ -24,16 +24,24 @@ std::atomic<int> forced{0};
 
 }  // namespace
 
+std::atomic<int> detail::chosenWidth{runs ? 8 : 4};
+
+namespace {
+
+void choose() {
+    const int f = forced.load(std::memory_order_relaxed);
+    detail::chosenWidth.store(f == 1 || f == 4 ? f : (available() ? 8 : 4), std::memory_order_relaxed);
+}
+
+}  // namespace
+
 bool runsHere() { return runs; }
 
 bool available() { return allowed.load(std::memory_order_relaxed) && runsHere(); }
 
-void allow(bool yes) { allowed.store(yes, std::memory_order_relaxed); }
-
-int laneWidth() {
-    const int f = forced.load(std::memory_order_relaxed);
-    if (f == 1 || f == 4) return f;
-    return available() ? 8 : 4;
+void allow(bool yes) {
+    allowed.store(yes, std::memory_order_relaxed);
+    choose();
 }
 
 void forceLanes(int width) {

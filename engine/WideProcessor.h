@@ -3,6 +3,8 @@
 // bit; only the speed differs.
 #pragma once
 
+#include <atomic>
+
 // Whether this build has loops written for 256-bit registers at all: only
 // for the processors that may have them.
 #if defined(__GNUC__) && (defined(__x86_64__) || defined(__i386__))
@@ -23,10 +25,15 @@ bool available();
 // are otherwise never used on a processor with wide registers.
 void allow(bool allowed);
 
+namespace detail {
+// The width laneWidth gives, set again whenever a test allows or forces one.
+extern std::atomic<int> chosenWidth;
+}  // namespace detail
+
 // The lanes the loops take now: 8 where the eight-lane loops are used, else
 // 4, or 1 (one value at a time) when tests ask for it. All give the same
-// sound, bit for bit.
-int laneWidth();
+// sound, bit for bit. Asked by every voice in every frame, so it is one load.
+inline int laneWidth() { return detail::chosenWidth.load(std::memory_order_relaxed); }
 
 // Tests choose the width: 1, 4 or 8 (8 only where it runs; else 4); 0 goes
 // back to the widest allowed.

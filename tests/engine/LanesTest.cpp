@@ -51,6 +51,18 @@ void checkWidth() {
     EXPECT_TRUE(std::isnan(min(L(1.0f), L(nan))[0]));
     EXPECT_EQ(min(L(nan), L(1.0f))[0], 1.0f);
     EXPECT_EQ(max(L(nan), L(1.0f))[0], 1.0f);
+    // Values put together lane by lane, and one value for every lane, keep
+    // their bits: the sign of a zero, a denormal, a not-a-number.
+    float each[W];
+    for (int k = 0; k < W; ++k) each[k] = as[k];
+    const L parts = L::of(each);
+    for (int k = 0; k < W; ++k) {
+        EXPECT_EQ(std::memcmp(&each[k], &reinterpret_cast<const float*>(&parts.v)[k], 4), 0) << k;
+        for (const float x : {-0.0f, 3e-39f, nan}) {
+            const float lane = L(x)[k];
+            EXPECT_EQ(std::memcmp(&lane, &x, 4), 0) << k;
+        }
+    }
     L c(0.0f);
     c.set(W - 1, 9.0f);
     EXPECT_EQ(c[W - 1], 9.0f);
