@@ -68,12 +68,17 @@ inline F4 xorF4(F4 a, F4 b) { return (F4)((I4)a ^ (I4)b); }
 inline I4 subI4(I4 a, I4 b) { return (I4)((U4)a - (U4)b); }
 // The low 32 bits of each lane's product.
 inline I4 multiplyLow(I4 a, I4 b) { return (I4)((U4)a * (U4)b); }
-// The top bit of each byte, as from a mask of whole words (0 or all ones).
-inline int byteMask(I4 m) {
-    int bits = 0;
-    for (int k = 0; k < 4; ++k)
-        if (m[k] < 0) bits |= 0xF << (4 * k);
-    return bits;
+// Whether any lane's, or every lane's, top bit is set (of masks of whole
+// words, 0 or all ones): folded in the register, not lane by lane.
+inline bool anyLane(I4 m) {
+    m = m | __builtin_shufflevector(m, m, 2, 3, 0, 1);
+    m = m | __builtin_shufflevector(m, m, 1, 0, 3, 2);
+    return m[0] < 0;
+}
+inline bool everyLane(I4 m) {
+    m = m & __builtin_shufflevector(m, m, 2, 3, 0, 1);
+    m = m & __builtin_shufflevector(m, m, 1, 0, 3, 2);
+    return m[0] < 0;
 }
 // Four registers as a 4 x 4 matrix, turned over.
 inline void transpose4(F4& r0, F4& r1, F4& r2, F4& r3) {
@@ -412,7 +417,7 @@ void ChorusReverb::process(const float* in, float* outLeft, float* outRight, flo
             (subI4(at, loadI4(diffPos)) & ringMask);
         const I4 pos4 =
             (subI4(at, loadI4(diffPos + 4)) & ringMask);
-        if (byteMask((((I4)(pos0 > writeLimit)) | ((I4)(pos4 > writeLimit))))) {
+        if (anyLane(((I4)(pos0 > writeLimit)) | ((I4)(pos4 > writeLimit)))) {
             const FloatLanes l(L), r(R);
 #pragma GCC unroll 4
             for (int j = 0; j < 4; ++j) diffuse(n + j, l[j], r[j]);
@@ -498,7 +503,7 @@ void ChorusReverb::process(const float* in, float* outLeft, float* outRight, flo
                 const I4 still = ((((I4)(i == shift[n + 1][g])) & ((I4)(i == shift[n + 2][g]))) & ((I4)(i == shift[n + 3][g])));
                 // s1 of the first sample; the run goes on for four more.
                 const I4 first = (subI4(readPos(n, g), i4(1)) & ringMask);
-                if (byteMask((~(((I4)(first > readLimit))) & still)) == 0xFFFF) {
+                if (everyLane((~((I4)(first > readLimit))) & still)) {
                     // Each sample's s0 is the next one's s1; the last
                     // sample's s0 is the fifth of each run.
                     const Words p(first);
@@ -536,7 +541,7 @@ void ChorusReverb::process(const float* in, float* outLeft, float* outRight, flo
                 transpose4(e[0], e[1], e[2], e[3]);
                 const I4 dest = (subI4(i4(int32_t(at)), lineOffset[g]) & ringMask);
                 const Words q(dest);
-                if (byteMask(((I4)(dest > writeLimit))) == 0) {
+                if (!anyLane((I4)(dest > writeLimit))) {
 #pragma GCC unroll 4
                     for (int k = 0; k < 4; ++k) storeF4(ring.buf + q[k], e[k]);
                 } else {
