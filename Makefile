@@ -3,7 +3,7 @@
 SHELL := /bin/bash
 , := ,
 
-.PHONY: all setup build demo test test-setup test-release test-asan test-tsan fuzz fuzz-ci cross resources ci bench clean
+.PHONY: all setup build demo test test-setup test-release test-asan test-tsan fuzz fuzz-ci cross cross-aarch64 resources ci bench clean
 
 BUILD      ?= build
 BUILD_TYPE ?= RelWithDebInfo
@@ -113,6 +113,18 @@ cross:
 	cmake --build build-mingw64 -j $(JOBS) --target core tendrane_vst
 	tests/host/windows/check_dll.sh x86_64-w64-mingw32-objdump build-mingw64/vst/Tendrane.dll
 
+# The core for Linux on 64-bit ARM, without the desktop's libraries, with
+# the tests of the sound, the patch model, the plug-in's standalone parts
+# and the stored render self-test run under qemu-aarch64 (ctest runs them
+# through the toolchain's emulator).
+AARCH64_BUILD ?= build-aarch64
+
+cross-aarch64:
+	@tools/setup-debian.sh build aarch64
+	$(call configure,$(AARCH64_BUILD),-DCMAKE_TOOLCHAIN_FILE=cmake/aarch64-linux-gnu.cmake -DTENDRANE_CORE_ONLY=ON -DTENDRANE_HEADLESS=ON $(CMAKE_ARGS))
+	cmake --build $(AARCH64_BUILD) -j $(JOBS) --target core engine_tests patch_tests plugin_tests selftest_tests
+	ctest --test-dir $(AARCH64_BUILD) --output-on-failure -j $(JOBS)
+
 bench: build
 	@for b in $(BUILD)/bench/bench_*; do echo "== $$b"; $$b; done
 
@@ -134,7 +146,9 @@ resources:
 # Short random fuzzing adds little to the corpus replay that every build
 # runs (under the sanitizers in test-asan) and costs a third compiler build,
 # so it stays out of CI: run `make fuzz-ci` or `make fuzz` by hand.
-CI_STEPS = test test-release test-asan cross resources
+# cross-aarch64 takes 7 min 40 s from nothing on 2 busy cores (most of
+# it compiling; the tests under qemu take under a minute and a half).
+CI_STEPS = test test-release test-asan cross cross-aarch64 resources
 
 ci:
 	@start=$$(date +%s); \
@@ -146,4 +160,4 @@ ci:
 	echo; echo "=== CI steps done in $$(( $$(date +%s) - start )) s"
 
 clean:
-	rm -rf build build-release build-tools build-asan build-tsan build-fuzz build-mingw32 build-mingw64 out
+	rm -rf build build-release build-tools build-asan build-tsan build-fuzz build-mingw32 build-mingw64 build-aarch64 out

@@ -1,7 +1,9 @@
 # One static library per subsystem. Sources are found by globbing, so adding
 # a file never means editing a build file. Files ending in _posix or _linux
 # build only off Windows, files ending in _win32 only on Windows, and files
-# ending in _libpng only where libpng is available.
+# ending in _libpng only where libpng is available. A headless build leaves
+# out the _linux files: they draw text with FreeType, fetch with curl and
+# open X11 windows.
 set(TENDRANE_CORE_LIBRARIES "" CACHE INTERNAL "")
 
 function(tendrane_filter_sources out)
@@ -9,6 +11,9 @@ function(tendrane_filter_sources out)
   foreach(f IN LISTS ARGN)
     get_filename_component(stem "${f}" NAME_WE)
     if(stem MATCHES "_(posix|linux)$" AND WIN32)
+      continue()
+    endif()
+    if(stem MATCHES "_linux$" AND TENDRANE_HEADLESS)
       continue()
     endif()
     if(stem MATCHES "_win32$" AND NOT WIN32)
