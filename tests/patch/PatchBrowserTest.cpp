@@ -6,8 +6,11 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <optional>
+#include <string>
 
 #include "patch/FactoryPatches.h"
 #include "patch/PatchFiles.h"
@@ -17,16 +20,23 @@ namespace fs = std::filesystem;
 
 namespace {
 
+// A folder of the test's own, with preferences of its own: tests that run
+// at the same time in other processes choose folders too.
 struct Place {
     fs::path dir;
+    std::optional<std::string> savedConfig;
     Place() {
         dir = fs::temp_directory_path() /
               ("tendrane-browser-" + std::to_string(std::chrono::steady_clock::now().time_since_epoch().count()));
-        fs::create_directories(dir);
-        // The folder preference of earlier tests must not lead elsewhere.
-        Preferences::write(PatchBrowser::FOLDER_PREFERENCE, "");
+        fs::create_directories(dir / "config");
+        if (const char* was = std::getenv("XDG_CONFIG_HOME")) savedConfig = was;
+        setenv("XDG_CONFIG_HOME", (dir / "config").c_str(), 1);
     }
-    ~Place() { fs::remove_all(dir); }
+    ~Place() {
+        if (savedConfig) setenv("XDG_CONFIG_HOME", savedConfig->c_str(), 1);
+        else unsetenv("XDG_CONFIG_HOME");
+        fs::remove_all(dir);
+    }
     OrlFiles::Path path(const std::string& rel) const { return OrlFiles::Path::parse((dir / rel).string()); }
 };
 
